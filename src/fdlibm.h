@@ -1,0 +1,12 @@
+// SPDX-FileCopyrightText: The Quorvane project
+// SPDX-License-Identifier: MIT
+
+// Four functions of the freely distributable math library, release 5.3: the same result bits for
+// the same argument bits on every machine with IEEE doubles. See fdlibm.cpp for origin and notice.
+
+#pragma once
+
+double fdlibm_sin(double x);
+double fdlibm_cos(double x);
+double fdlibm_atan2(double y, double x);
+double fdlibm_sqrt(double x);  // correctly rounded
