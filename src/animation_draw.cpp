@@ -6,7 +6,7 @@
 #include "animation.h"
 #include "assertion.h"
 #include "gl_guard.h"
-#include "unit_quad.h"
+#include "quads.h"
 
 void animation_render(const animation* anim, int32_t time) {
     assert(anim);

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
+#include <limits>
 
 #include "animation.h"
 #include "assertion.h"
@@ -67,6 +69,31 @@ void draw_wave(group_state* group, const group_row& row, double d) {
     group->speed = row.speed;
     group->spawn_interval = row.spawn_interval;
     group->shot_interval = static_cast<int32_t>(row.shot_interval_base / d);
+}
+
+// The direction across a flight line, along which a ship weaves. All living ships of a group share
+// their line, so the last result of each group serves nearly every call: a function of the
+// velocity's bits alone, whatever was asked before.
+vector across_flight_line(vector velocity, int32_t group) {
+    struct result {
+        vector velocity;
+        vector across;
+    };
+    constexpr double NEVER_ASKED = std::numeric_limits<double>::quiet_NaN();
+    static result results[GROUP_COUNT] = {};
+    static const bool cleared = [] {
+        for (result& result : results) {
+            result.velocity = {NEVER_ASKED, NEVER_ASKED};
+        }
+        return true;
+    }();
+    static_cast<void>(cleared);
+    result& last = results[group];
+    if (std::memcmp(&last.velocity, &velocity, sizeof(vector)) != 0) {
+        const double heading = math_vector_angle(velocity);
+        last = {velocity, {math_cos(heading + MATH_HALF_PI), math_sin(heading + MATH_HALF_PI)}};
+    }
+    return last.across;
 }
 
 void score_kill(const ship* enemy, ship* player, int32_t shot_color, int32_t time) {
@@ -155,9 +182,9 @@ void enemy_move_ship(const enemy_handler* handler, [[maybe_unused]] int32_t time
     const double weave = GROUP_ROWS[enemy->enemy_group].weave * math_sin(enemy->age / 1000.0);
     enemy->position.x = group.entry.x + enemy->velocity.x * group.speed * enemy->age / 500.0;
     enemy->position.y = group.entry.y + enemy->velocity.y * group.speed * enemy->age / 500.0;
-    const double heading = math_vector_angle(enemy->velocity);
-    enemy->position.x += math_cos(heading + MATH_HALF_PI) * weave;
-    enemy->position.y += math_sin(heading + MATH_HALF_PI) * weave;
+    const vector across = across_flight_line(enemy->velocity, enemy->enemy_group);
+    enemy->position.x += across.x * weave;
+    enemy->position.y += across.y * weave;
     enemy->angle = math_vector_angle(
         {player->position.x - enemy->position.x, player->position.y - enemy->position.y});
 }

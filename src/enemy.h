@@ -44,7 +44,8 @@ void enemy_destroy(enemy_handler* handler);  // null is allowed
 void enemy_spawn_ships(enemy_handler* handler, int32_t time, game* game, input* input,
                        const ship* players, int32_t ship_count);
 
-// Places a living enemy on its wave's path for its age and turns it to the player.
+// Places a living enemy on its wave's path for its age and turns it to the player. The path is a
+// function of the age: `time` changes nothing.
 void enemy_move_ship(const enemy_handler* handler, int32_t time, ship* enemy, const ship* player);
 
 // Lets the enemy fire if its interval has passed.

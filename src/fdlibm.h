@@ -6,7 +6,7 @@
 
 #pragma once
 
-double fdlibm_sin(double x);
-double fdlibm_cos(double x);
+double fdlibm_sin(double x);  // radians
+double fdlibm_cos(double x);  // radians
 double fdlibm_atan2(double y, double x);
-double fdlibm_sqrt(double x);  // correctly rounded
+double fdlibm_sqrt(double x);  // correctly rounded; NaN below 0

@@ -56,6 +56,30 @@ record* allocate(size_t count) {
     return records;
 }
 
+// --- Bounds that spare a square root --------------------------------------------------------
+
+// Whether a distance is below a limit is decided by the exact distance alone. Squares are cheaper,
+// and these bounds lie so far from the limits that no rounding can make the two disagree: a square
+// beyond its bound settles the question, anything nearer goes on to the exact test.
+constexpr double HOLE_CLEAR = 1.01;    // squares: farther than HOLE_RADIUS
+constexpr double EDGE_CLEAR = 224.9;   // nearer than FIELD_EDGE
+constexpr double PULL_CLEAR = 16.01;   // farther than OUTER_PULL
+constexpr double ABSORB_BOUND = 0.26;  // above it: not within ABSORB_DISTANCE
+constexpr double ENEMY_HIT_BOUND = 0.26;
+constexpr double RAM_BOUND = 0.05;
+
+double squared_distance(vector a, vector b) {
+    const double dx = a.x - b.x;
+    const double dy = a.y - b.y;
+    return dx * dx + dy * dy;
+}
+
+// True only if the point's distance from the origin lies between the two bounds for certain.
+bool is_clear(vector point, double inner, double outer) {
+    const double square = point.x * point.x + point.y * point.y;
+    return square > inner && square < outer;
+}
+
 int32_t step_length(const game* game) { return game->time - game->previous_time; }
 
 void replace_animation(animation** owner, int32_t type, int32_t start_time) {
@@ -120,24 +144,28 @@ void update_player(game* game, ship* player) {
     move(&player->position, player->velocity, step_length(game));
 }
 
-void update_enemy(game* game, ship* enemy) {
+void move_enemy(game* game, ship* enemy) {
     ship* player = &game->players[0];
     enemy_move_ship(game->enemy_handler, game->time, enemy, player);
     enemy_shoot(game->enemy_handler, game->time, game, enemy);
-    const double d = math_distance(&enemy->position, nullptr);
-    if (d < HOLE_RADIUS || d > FIELD_EDGE) {
-        game_kill_ship(game, enemy, 0);
-        enemy_kill_handle(game->enemy_handler, enemy, player, 0, 0, game->time);
-        player_play_sound(SOUND_EXPLODE);
+    if (!is_clear(enemy->position, HOLE_CLEAR, EDGE_CLEAR)) {
+        const double d = math_distance(&enemy->position, nullptr);
+        if (d < HOLE_RADIUS || d > FIELD_EDGE) {
+            game_kill_ship(game, enemy, 0);
+            enemy_kill_handle(game->enemy_handler, enemy, player, 0, 0, game->time);
+            player_play_sound(SOUND_EXPLODE);
+        }
     }
-    if (enemy->alive != 0 && math_distance(&enemy->position, &player->position) < RAM_DISTANCE) {
+    if (enemy->alive != 0 && squared_distance(enemy->position, player->position) < RAM_BOUND &&
+        math_distance(&enemy->position, &player->position) < RAM_DISTANCE) {
         lose_player(game, player);  // silently, and the enemy lives on
     }
 }
 
 void test_shot_against_player(game* game, ship* player, int32_t index) {
     shot* shot = &game->shots[index];
-    if (shot->age <= HARMLESS_AGE) {
+    if (shot->age <= HARMLESS_AGE ||
+        squared_distance(player->position, shot->position) > ABSORB_BOUND) {
         return;
     }
     const double d = math_distance(&player->position, &shot->position);
@@ -154,17 +182,126 @@ void test_shot_against_player(game* game, ship* player, int32_t index) {
     }
 }
 
-void test_shot_against_enemy(game* game, ship* enemy, int32_t index) {
-    const shot& shot = game->shots[index];
-    if (shot.from_enemy != 0 ||
-        !(math_distance(&enemy->position, &shot.position) < ENEMY_HIT_DISTANCE)) {
-        return;
+// The shots in flight, in slot order, and the places of the player's own among them. Made once
+// for all ships of a step: meanwhile no shot moves, the player fires none, and a shot that an enemy
+// fires hits no enemy and is too young to touch the player.
+struct shots_in_flight {
+    static constexpr int32_t CAPACITY = 256;
+    int32_t count;
+    int32_t slots[CAPACITY];
+    int32_t player_count;
+    int32_t player_slots[CAPACITY];
+    double player_x[CAPACITY];
+    double player_y[CAPACITY];
+};
+
+// Collects from slot `first` on, as many as fit. Returns the slot behind the last one examined.
+int32_t collect_shots(const game* game, int32_t first, shots_in_flight* shots) {
+    const shot* pool = game->shots;
+    const int32_t end = game->shot_count;
+    int32_t count = 0;
+    int32_t player_count = 0;
+    int32_t slot = first;
+    for (; slot < end && count < shots_in_flight::CAPACITY; ++slot) {
+        const shot& shot = pool[slot];
+        if (shot.active == 0) {
+            continue;
+        }
+        shots->slots[count++] = slot;
+        if (shot.from_enemy == 0) {
+            shots->player_slots[player_count] = slot;
+            shots->player_x[player_count] = shot.position.x;
+            shots->player_y[player_count] = shot.position.y;
+            ++player_count;
+        }
     }
-    const int32_t shot_color = shot.color;  // return fire may move the pool
+    shots->count = count;
+    shots->player_count = player_count;
+    return slot;
+}
+
+bool any_near(const shots_in_flight& shots, vector point) {
+    int64_t near = 0;
+    for (int32_t i = 0; i < shots.player_count; ++i) {
+        const double dx = point.x - shots.player_x[i];
+        const double dy = point.y - shots.player_y[i];
+        near |= static_cast<int64_t>(dx * dx + dy * dy < ENEMY_HIT_BOUND);
+    }
+    return near != 0;
+}
+
+void hit_enemy(game* game, ship* enemy, int32_t slot) {
+    const int32_t shot_color = game->shots[slot].color;  // return fire may move the pool
     game_kill_ship(game, enemy, enemy->color != shot_color ? 1 : 0);
     enemy_kill_handle(game->enemy_handler, enemy, &game->players[0], 1, shot_color, game->time);
-    game_remove_shot(game, &game->shots[index]);
+    game_remove_shot(game, &game->shots[slot]);
     player_play_sound(SOUND_EXPLODE);
+}
+
+void test_shots_against_enemy(game* game, ship* enemy, const shots_in_flight& shots) {
+    if (enemy->alive == 0 || !any_near(shots, enemy->position)) {
+        return;
+    }
+    for (int32_t i = 0; i < shots.player_count; ++i) {
+        // A shot that has hit is gone, and its slot may hold an enemy's by now.
+        const int32_t slot = shots.player_slots[i];
+        const shot& shot = game->shots[slot];
+        if (shot.active != 0 && shot.from_enemy == 0 &&
+            math_distance(&enemy->position, &shot.position) < ENEMY_HIT_DISTANCE) {
+            hit_enemy(game, enemy, slot);
+            return;
+        }
+    }
+}
+
+void test_shots_against_player(game* game, ship* player, const shots_in_flight& shots) {
+    for (int32_t i = 0; i < shots.count && player->alive != 0; ++i) {
+        if (game->shots[shots.slots[i]].active != 0) {
+            test_shot_against_player(game, player, shots.slots[i]);
+        }
+    }
+}
+
+void advance_ship(game* game, ship* ship) {
+    ship->age += step_length(game);
+    if (ship->player_number != 0) {
+        update_player(game, ship);
+    } else if (ship->alive != 0) {
+        move_enemy(game, ship);
+    }
+}
+
+void test_shots_against_ship(game* game, ship* ship, const shots_in_flight& shots) {
+    if (ship->player_number != 0) {
+        test_shots_against_player(game, ship, shots);
+    } else {
+        test_shots_against_enemy(game, ship, shots);
+    }
+}
+
+void update_ships(game* game) {
+    shots_in_flight shots;
+    const bool complete = collect_shots(game, 0, &shots) == game->shot_count;
+    const auto update = [&](ship* ship) {
+        if (complete) {
+            advance_ship(game, ship);
+            test_shots_against_ship(game, ship, shots);
+        } else {
+            game_update_ship(game, ship);
+        }
+    };
+    const int32_t dt = step_length(game);
+    for (int32_t i = 0; i < game->ship_count; ++i) {
+        ship* enemy = &game->ships[i];
+        if (enemy->alive != 0) {
+            update(enemy);
+        } else {
+            enemy->age += dt;  // all that happens to an empty slot
+        }
+    }
+    for (int32_t i = 0; i < game->player_count; ++i) {
+        update(&game->players[i]);
+    }
 }
 
 }  // namespace
@@ -243,12 +380,7 @@ void game_step(game* game, int32_t time) {
     }
     enemy_spawn_ships(game->enemy_handler, game->time, game, game->input, game->players,
                       game->ship_count);
-    for (int32_t i = 0; i < game->ship_count; ++i) {
-        game_update_ship(game, &game->ships[i]);
-    }
-    for (int32_t i = 0; i < game->player_count; ++i) {
-        game_update_ship(game, &game->players[i]);
-    }
+    update_ships(game);
     starfield_update(game->starfield, step_length(game));
 }
 
@@ -366,27 +498,11 @@ void game_player_handle_keys(game* game, ship* player, const key_state* keys) {
 void game_update_ship(game* game, ship* ship) {
     assert(game);
     assert(ship);
-    ship->age += step_length(game);
-    const bool is_player = ship->player_number != 0;
-    if (is_player) {
-        update_player(game, ship);
-    } else {
-        if (ship->alive == 0) {
-            return;
-        }
-        update_enemy(game, ship);
-    }
-
-    // Return fire can grow and move the pool: count and pool are read anew at every slot.
-    for (int32_t i = 0; i < game->shot_count; ++i) {
-        if (game->shots[i].active == 0 || ship->alive == 0) {
-            continue;
-        }
-        if (is_player) {
-            test_shot_against_player(game, ship, i);
-        } else {
-            test_shot_against_enemy(game, ship, i);
-        }
+    advance_ship(game, ship);
+    for (int32_t next = 0; ship->alive != 0 && next < game->shot_count;) {
+        shots_in_flight shots;
+        next = collect_shots(game, next, &shots);
+        test_shots_against_ship(game, ship, shots);
     }
 }
 
@@ -394,7 +510,14 @@ void game_update_shot(game* game, shot* shot) {
     assert(game);
     assert(shot);
     const int32_t dt = step_length(game);
+    const bool has_flown = shot->age > 0;  // so its angle is that of its velocity already
     shot->age += dt;
+    if (has_flown && is_clear(shot->position, PULL_CLEAR, EDGE_CLEAR) && shot->velocity.x != 0.0 &&
+        shot->velocity.y != 0.0) {
+        // No pull: adding nothing leaves a velocity other than zero, and so the angle, as they are.
+        move(&shot->position, shot->velocity, dt);
+        return;
+    }
     const double d = math_distance(&shot->position, nullptr);
     if (d <= HOLE_RADIUS || d > FIELD_EDGE) {
         game_remove_shot(game, shot);

@@ -7,7 +7,6 @@
 #include <optional>
 
 #include "assertion.h"
-#include "enemy.h"
 #include "game.h"
 #include "gfx.h"
 #include "gl_guard.h"

@@ -12,8 +12,8 @@
 #include "assertion.h"
 #include "game.h"
 #include "gl_guard.h"
+#include "quads.h"
 #include "texture.h"
-#include "unit_quad.h"
 
 namespace {
 

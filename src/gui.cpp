@@ -15,6 +15,7 @@
 #include "game.h"
 #include "gl_guard.h"
 #include "input.h"
+#include "quads.h"
 #include "texture.h"
 
 namespace {
@@ -60,16 +61,6 @@ void draw_bar(int32_t width, int32_t gauge_height, int32_t color) {
         textured_corner(right, 1.0F, middle + half, gauge_height);
         textured_corner(right, 0.0F, middle + half, 0);
     }
-    glEnd();
-}
-
-void draw_frame(int32_t width, int32_t gauge_height) {
-    tex_bind(TEXTURE_GAUGE);
-    glBegin(GL_QUADS);
-    textured_corner(0.0F, 0.0F, 0, 0);
-    textured_corner(0.0F, 1.0F, 0, gauge_height);
-    textured_corner(1.0F, 1.0F, width, gauge_height);
-    textured_corner(1.0F, 0.0F, width, 0);
     glEnd();
 }
 
@@ -140,6 +131,7 @@ void gui_draw_gauge(int32_t width, int32_t height, int32_t value, int32_t number
     glTranslated(0.0, height - gauge_height, 0.0);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     draw_bar(width, gauge_height, color);
-    draw_frame(width, gauge_height);
+    tex_bind(TEXTURE_GAUGE);
+    draw_picture(static_cast<float>(width), static_cast<float>(gauge_height));
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 }

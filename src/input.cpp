@@ -11,7 +11,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <memory>
-#include <utility>
 
 #include "assertion.h"
 #include "fpslimiter.h"

@@ -60,6 +60,7 @@ void input_destroy(input* input);  // null is allowed
 
 // One frame: waits until it is due and returns the game time in ms since the first frame. In
 // playback it first applies the frame's recorded events; -1 when the recording has ended.
+// A wait of more than a second ends early when the player wants out (interrupt.h).
 // A recording made to do so can yield any negative number: take each as the end.
 int32_t input_tick(input* input);
 

@@ -5,16 +5,25 @@
 
 #include <SDL.h>
 
-#include <algorithm>
-#include <array>
+namespace {
+
+bool interrupt_requested = false;
+
+}  // namespace
 
 bool interrupt_pending() {
-    std::array<SDL_Event, 128> events;  // as many as SDL's queue holds
-    SDL_PumpEvents();
-    const int count = SDL_PeepEvents(events.data(), static_cast<int>(events.size()), SDL_PEEKEVENT,
-                                     SDL_QUITMASK | SDL_KEYUPMASK);
-    return std::any_of(events.begin(), events.begin() + std::max(count, 0),
-                       [](const SDL_Event& event) {
-                           return event.type == SDL_QUIT || event.key.keysym.sym == SDLK_ESCAPE;
-                       });
+    if (interrupt_requested) {
+        return true;
+    }
+    SDL_Event event;
+    while (SDL_PollEvent(&event) != 0) {
+        if (event.type == SDL_QUIT ||
+            (event.type == SDL_KEYUP && event.key.keysym.sym == SDLK_ESCAPE)) {
+            SDL_PushEvent(&event);  // for the session loop; there is room, it was just taken out
+            return true;
+        }
+    }
+    return false;
 }
+
+void interrupt_set(bool requested) { interrupt_requested = requested; }

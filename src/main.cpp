@@ -18,6 +18,7 @@
 #include "font.h"
 #include "game.h"
 #include "input.h"
+#include "interrupt.h"
 #include "menu.h"
 #include "menu_tree.h"
 #include "player.h"
@@ -28,7 +29,8 @@
 namespace {
 
 constexpr uint32_t MENU_FRAME_MS = 10;
-constexpr uint32_t TEXT_CAPACITY = 50;  // of the name and file name entries, terminator included
+// Of the name and file name entries, terminator included: one less than the settings can hold.
+constexpr uint32_t TEXT_CAPACITY = SETTINGS_TEXT_MAX;
 
 constexpr const char* REPLAY_FINISHED_TEXT =
     "\n        Replay finished!\n     Please press enter to\n           continue...";
@@ -216,6 +218,12 @@ void load_replay(shell* shell) {
 
 // --- Sessions -------------------------------------------------------------------------------
 
+// As the player wishes. The frame goes on, but not with a long wait.
+void end_game(game* game) {
+    game_quit(game);
+    interrupt_set(true);
+}
+
 void play_until_over(game* game, input* input) {
     while (game_is_over(game) == 0) {
         poll_game_events(game, input);
@@ -358,7 +366,11 @@ int32_t init_video(int32_t width, int32_t height, int32_t fullscreen) {
         return -1;
     }
     SDL_WM_SetCaption("Quorvane", nullptr);
-    // Everything is set anew: SDL may or may not have kept the context of the mode before.
+    init_gl_state(width, height);
+    return 0;
+}
+
+void init_gl_state(int32_t width, int32_t height) {
     glViewport(0, 0, width, height);
     glClearColor(0.2F, 0.2F, 0.2F, 0.0F);
     glClearDepth(1.0);
@@ -373,7 +385,6 @@ int32_t init_video(int32_t width, int32_t height, int32_t fullscreen) {
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glDepthRange(-1.0, 1.0);
-    return 0;
 }
 
 int32_t load_textures() {
@@ -440,6 +451,7 @@ void dispatch_selection(shell* shell, int32_t selection_id) {
 void play_game(int32_t width, int32_t height, menu* menu, input* input, const char* player_name,
                int32_t* running, int32_t* reinit) {
     input_reset(input);
+    interrupt_set(false);
     {
         const game_pointer game(game_init(input, GAME_SHIP_COUNT, width, height));
         play_until_over(game.get(), input);
@@ -463,13 +475,13 @@ void poll_game_events(game* game, input* input) {
                 break;
             case SDL_KEYUP:
                 if (event.key.keysym.sym == SDLK_ESCAPE) {
-                    game_quit(game);
+                    end_game(game);
                 } else {
                     input_key_event(input, &event.key.keysym, 0);
                 }
                 break;
             case SDL_QUIT:
-                game_quit(game);
+                end_game(game);
                 break;
             default:
                 break;

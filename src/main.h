@@ -32,6 +32,9 @@ struct shell {
 // mode cannot be set.
 int32_t init_video(int32_t width, int32_t height, int32_t fullscreen);
 
+// The GL state alone, all of it: SDL may or may not have kept the context of an earlier mode.
+void init_gl_state(int32_t width, int32_t height);
+
 // Loads every picture of the asset table: 0, or the negative code of the group that failed, with a
 // message on standard error.
 int32_t load_textures();

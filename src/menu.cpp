@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 
@@ -296,7 +297,7 @@ void menu_ortho_begin(const menu* menu) {
 
 void menu_ortho_end() { gui_ortho_end(); }
 
-int32_t menu_text_poll([[maybe_unused]] menu* menu, char* buffer, uint32_t size, int32_t* length) {
+int32_t menu_text_poll(menu* menu, char* buffer, uint32_t size, int32_t* length) {
     assert(menu);
     assert(buffer);
     assert(length);

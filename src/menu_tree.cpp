@@ -12,6 +12,7 @@
 #include "assertion.h"
 #include "gl_guard.h"
 #include "menu.h"
+#include "quads.h"
 #include "texture.h"
 
 namespace {
@@ -65,16 +66,6 @@ void textured_corner(float s, float t, float x, float y) {
     glVertex2f(x, y);
 }
 
-// A picture with its top-left corner at the current position, upright where y points down.
-void draw_picture(float width, float height) {
-    glBegin(GL_QUADS);
-    textured_corner(0.0F, 0.0F, 0.0F, 0.0F);
-    textured_corner(0.0F, 1.0F, 0.0F, height);
-    textured_corner(1.0F, 1.0F, width, height);
-    textured_corner(1.0F, 0.0F, width, 0.0F);
-    glEnd();
-}
-
 }  // namespace
 
 void menu_build_main(menu_item* root) {
@@ -104,7 +95,7 @@ void menu_draw_background(const menu* menu) {
         glTranslated(menu->width / 2, menu->height / 2, 0.0);
         const double scale = menu->width > menu->height ? menu->width / 2 : menu->height / 2;
         glScaled(scale, scale, 1.0);
-        // The game's picture, upside down here: behind a menu it is another view of the same sky.
+        // Upside down, since y points down here and the corners keep the scene's texture rows.
         glBegin(GL_QUADS);
         textured_corner(0.0F, 1.0F, -1.0F, -1.0F);
         textured_corner(0.0F, 0.0F, -1.0F, 1.0F);

@@ -192,6 +192,7 @@ int32_t player_load_sounds() {
     for (size_t id = 0; id < SOUND_COUNT; ++id) {
         SDL_RWops* stream = SDL_RWFromFile(SOUND_FILES[id], "rb");
         constexpr int CLOSE_STREAM = 1;
+        Mix_FreeChunk(player->sounds[id]);  // of an earlier load; null frees nothing
         player->sounds[id] = stream != nullptr ? Mix_LoadWAV_RW(stream, CLOSE_STREAM) : nullptr;
     }
     return 0;

@@ -28,7 +28,7 @@ enum sound_id : uint32_t {
 // must outlive the player). 0; -1 if there is a player already; -2 if the device cannot be opened,
 // with a message on standard output.
 int32_t player_init(const char* music_dir);
-void player_destroy();
+void player_destroy();  // nothing without a player
 
 // Plays an effect once on a free channel; an id that does not exist is ignored.
 void player_play_sound(uint32_t id);

@@ -20,6 +20,13 @@ double math_wrap(double x, double m) {
     if (!std::isfinite(x) || !(m > 0.0)) {
         return x;
     }
+    // The usual cases, which give what the count below would.
+    if (x < m) {
+        return x < 0.0 ? x + m : x;
+    }
+    if (x < 2.0 * m) {
+        return x - m;
+    }
     // Beyond this many periods consecutive multiples of m are no longer told apart, and x has no
     // meaningful remainder.
     constexpr double MOST_PERIODS = 1125899906842624.0;  // 2^50

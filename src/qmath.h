@@ -22,7 +22,8 @@ double math_sin(double angle);  // radians
 double math_cos(double angle);  // radians
 
 // x reduced by whole multiples of m: in [0, m) for x >= 0, x + m for x < 0 (callers add a period
-// first), 0 for m = 0. An x that is not finite, or a negative m, returns x.
+// first), 0 for m = 0. An x that is not finite, or a negative m, returns x; one of
+// 2^50 periods or more, which no game reaches, returns 0.
 double math_wrap(double x, double m);
 
 // Direction of the vector in radians, in [0, 2 pi).

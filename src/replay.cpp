@@ -4,7 +4,6 @@
 #include "replay.h"
 
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -263,12 +262,14 @@ int32_t replay_set_data(replay* replay, const uint8_t* data, size_t length) {
 }
 
 size_t replay_write_16(uint8_t* data, uint16_t value) {
+    assert(data);
     data[0] = static_cast<uint8_t>(value >> 8);
     data[1] = static_cast<uint8_t>(value);
     return 2;
 }
 
 size_t replay_write_24(uint8_t* data, uint32_t value) {
+    assert(data);
     data[0] = static_cast<uint8_t>(value >> 16);
     data[1] = static_cast<uint8_t>(value >> 8);
     data[2] = static_cast<uint8_t>(value);
@@ -276,6 +277,7 @@ size_t replay_write_24(uint8_t* data, uint32_t value) {
 }
 
 size_t replay_write_32(uint8_t* data, uint32_t value) {
+    assert(data);
     data[0] = static_cast<uint8_t>(value >> 24);
     data[1] = static_cast<uint8_t>(value >> 16);
     data[2] = static_cast<uint8_t>(value >> 8);
@@ -284,13 +286,16 @@ size_t replay_write_32(uint8_t* data, uint32_t value) {
 }
 
 uint16_t replay_read_16(const uint8_t* data) {
+    assert(data);
     return static_cast<uint16_t>(uint32_t{data[0]} << 8 | data[1]);
 }
 
 uint32_t replay_read_24(const uint8_t* data) {
+    assert(data);
     return uint32_t{data[0]} << 16 | uint32_t{data[1]} << 8 | data[2];
 }
 
 uint32_t replay_read_32(const uint8_t* data) {
+    assert(data);
     return uint32_t{data[0]} << 24 | uint32_t{data[1]} << 16 | uint32_t{data[2]} << 8 | data[3];
 }

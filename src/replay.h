@@ -75,8 +75,8 @@ void replay_reset(replay* replay, int32_t clear_all);
 void replay_grow_array(replay* replay);  // doubles the capacity; no memory is fatal
 void replay_add_event(replay* replay, uint32_t type, uint32_t value);
 
-// Passes every event up to and including the next tick to `callback` and returns that tick's value
-// (negative from 2^31 on); -1 when the log ends first.
+// Of a loaded log: passes every event up to and including the next tick to `callback` and returns
+// that tick's value (negative from 2^31 on); -1 when the log ends first.
 int32_t replay_next_tick(replay* replay, replay_callback callback, void* context);
 
 void replay_set_player_name(replay* replay, const char* name);  // keeps at most 32 bytes

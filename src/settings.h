@@ -12,13 +12,14 @@
 inline constexpr int32_t SETTINGS_TEXT_MAX = 50;  // characters in `name` and `replay`
 
 struct settings {
-    int32_t width;                       // pixels of the video mode
-    int32_t height;                      // pixels of the video mode
-    int32_t fullscreen;                  // non-zero: full screen
-    char name[SETTINGS_TEXT_MAX + 1];    // player name, zero-filled behind the text
-    char replay[SETTINGS_TEXT_MAX + 1];  // file offered for playback, zero-filled behind the text
-    int32_t mouse;                       // kept in the file, not used
-    int32_t music;                       // non-zero: music plays
+    int32_t width;                     // pixels of the video mode
+    int32_t height;                    // pixels of the video mode
+    int32_t fullscreen;                // non-zero: full screen
+    char name[SETTINGS_TEXT_MAX + 1];  // player name, zero-filled behind the text when loaded
+    char replay[SETTINGS_TEXT_MAX +
+                1];  // file offered for playback, zero-filled behind the text when loaded
+    int32_t mouse;   // kept in the file, not used
+    int32_t music;   // non-zero: music plays
 };
 
 // A new record with the defaults; the caller frees it with settings_destroy.
