@@ -1,15 +1,16 @@
 // SPDX-FileCopyrightText: The Quorvane project
 // SPDX-License-Identifier: MIT
 
-// The moving half; starfield_draw is in starfield_draw.cpp.
-
 #include "starfield.h"
+
+#include <GL/gl.h>
 
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
 
 #include "assertion.h"
+#include "gl_guard.h"
 #include "qmath.h"
 
 namespace {
@@ -60,4 +61,26 @@ void starfield_update(starfield* starfield, int32_t elapsed) {
         }
     }
     starfield->rotation += elapsed / MS_PER_TURN;
+}
+
+void starfield_draw(const starfield* starfield) {
+    assert(starfield);
+    glDisable(GL_TEXTURE_2D);
+    glColor3f(1.0F, 1.0F, 1.0F);
+    const matrix_guard matrix;
+    glRotated(starfield->rotation * 360.0, 0.0, 0.0, 1.0);
+    glBegin(GL_POINTS);
+    double point_size = -1.0;
+    for (const star& star : starfield->stars) {
+        if (star.size != point_size) {
+            glEnd();
+            point_size = star.size;
+            if (point_size > 0.0) {  // GL rejects 0; such a star keeps the size before it
+                glPointSize(static_cast<float>(point_size));
+            }
+            glBegin(GL_POINTS);
+        }
+        glVertex3d(star.x, star.y, 0.0);
+    }
+    glEnd();
 }

@@ -1,0 +1,136 @@
+// SPDX-FileCopyrightText: The Quorvane project
+// SPDX-License-Identifier: MIT
+
+// Plays the recorded games of golden/ through the real input layer and compares their course with
+// a second implementation's, bit for bit. golden/README.md describes the files.
+
+#include <algorithm>
+#include <functional>
+#include <span>
+
+#include "sim_support.h"
+#include "state_hash.h"
+
+namespace {
+
+auto active_shots(const game& game) {
+    return std::ranges::count(std::span(game.shots, size_t(game.shot_count)), 1, &shot::active);
+}
+
+// Plays a file as the session loop does; returns the index's columns from "frames" on.
+strings play(const std::string& file,
+             const std::function<void(const game&, uint64_t hash)>& observe = nullptr) {
+    draws_made = 0;
+    headless_services.ticks = 1;
+    const std::string path = "golden/games/" + file;
+    testing::internal::CaptureStdout();
+    const std::shared_ptr<input> input(input_init(path.c_str()), input_destroy);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "initialized replay correctly\n");
+    input_reset(input.get());
+    const std::shared_ptr<game> game(game_init(input.get(), 100, 800, 600), game_destroy);
+    int32_t frames = 0;
+    uint64_t hash = STATE_HASH_START;
+    std::string end;
+    while (end.empty()) {
+        const int32_t time = input_tick(input.get());
+        if (time < 0) {
+            const bool cut_short = input->replay->event_count < input->replay->loaded_count;
+            end = time != -1 ? "time-overflow" : cut_short ? "negative-tick" : "log";
+            break;
+        }
+        game_step(game.get(), time);
+        ++frames;
+        hash = state_hash_step(hash, game.get());
+        if (observe) {
+            observe(*game, hash);
+        }
+        end = game_is_over(game.get()) != 0 ? "self" : "";
+    }
+    EXPECT_EQ(headless_services.ticks - 1, input->elapsed) << "slept for as long as the game was";
+    const ship& player = game->players[0];
+    return cells_of(
+        frames, game->time, end, end == "self" ? game->time : -1, game_get_score(game.get()),
+        player.chain_count, player.chain_color, player.chain_shown, player.alive,
+        bits_of(player.position.x), bits_of(player.position.y), bits_of(player.velocity.x),
+        bits_of(player.velocity.y), bits_of(player.angle), game->shot_count, active_shots(*game),
+        std::ranges::count(std::span(game->ships, 100), 1, &ship::alive), draws_made, hex_of(hash));
+}
+
+const std::vector<strings>& games() {
+    static const std::vector<strings> index = read_table("golden/games/index.tsv", '\t');
+    return index;
+}
+
+class golden_game : public testing::TestWithParam<size_t> {};
+
+TEST_P(golden_game, takes_its_course) {
+    const strings& row = games()[GetParam()];
+    const auto compare = [&row] {
+        EXPECT_EQ(play(row[0]), strings(row.begin() + 3, row.end()))
+            << "columns: " << testing::PrintToString(games()[0]);
+    };
+    if (row[2] == "0") {
+        compare();
+        return;
+    }
+    // This log steps before it seeds: play it in a process whose generator was never seeded.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto compare_and_exit = [&] {
+        compare();
+        std::exit(testing::Test::HasFailure() ? 1 : 0);
+    };
+    EXPECT_EXIT(compare_and_exit(), testing::ExitedWithCode(0), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(all, golden_game, testing::Range(size_t{1}, games().size()),
+                         [](const testing::TestParamInfo<size_t>& test) {
+                             std::string name = games()[test.param][0];
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name.substr(0, name.size() - 4);
+                         });
+
+TEST(golden, index_is_complete) { EXPECT_EQ(games().size(), 1 + 73U); }
+
+// The first step that differs tells where to look; everything after it follows from it.
+TEST(golden, trace_agrees_step_by_step) {
+    const std::vector<strings> lines = read_table("golden/trace-example.txt", '\t');
+    std::string sounds;
+    headless_services.on_sound = [&sounds](uint32_t id) {
+        sounds += (sounds.empty() ? "" : ",") + std::to_string(id);
+    };
+    size_t steps = 0;
+    play("0019-lemming.rpl", [&](const game& game, uint64_t hash) {
+        const ship& player = game.players[0];
+        const strings actual =
+            cells_of(steps, hex_of(hash), game.time, game.over, player.score,
+                     bits_of(player.position.x), bits_of(player.position.y), bits_of(player.angle),
+                     game.enemy_handler->alive_count, game.shot_count, active_shots(game),
+                     game.free_shot_index, draws_made, sounds.empty() ? "-" : sounds);
+        if (!testing::Test::HasFailure()) {
+            EXPECT_EQ(actual, lines.at(steps)) << "is the first step that differs";
+        }
+        sounds.clear();
+        ++steps;
+    });
+    headless_services = {};
+    EXPECT_EQ(steps, 726U);
+}
+
+TEST(golden, broken_files_are_answered_by_their_code) {
+    const std::vector<strings> rows = read_table("golden/broken/index.tsv", '\t');
+    ASSERT_EQ(rows.size(), 1 + 51U);
+    for (size_t i = 1; i < rows.size(); ++i) {
+        const std::string path = "golden/broken/" + rows[i].at(0);
+        SCOPED_TRACE(path + ": " + rows[i].at(2));
+        const bool too_short = rows[i][1] == "OTHER";
+        const int32_t code = too_short ? REPLAY_ERROR_SHORT - 100 : std::stoi(rows[i][1]);
+        testing::internal::CaptureStdout();
+        const std::shared_ptr<input> input(input_init(path.c_str()), input_destroy);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(),
+                  code == 0 ? "initialized replay correctly\n"
+                            : "Error " + std::to_string(code) + " initializing replay file\n");
+        EXPECT_EQ(input_is_replay(input.get()), code == 0 ? 1 : 0);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,22 @@
+# SPDX-FileCopyrightText: The Quorvane project
+# SPDX-License-Identifier: MIT
+
+# Drawing, menus and shell against a recorder that takes the place of OpenGL, SDL, the audio player
+# and the uploader: its definitions come before the libraries'.
+
+add_executable(shell_tests
+  animation_test.cpp
+  font_test.cpp
+  gfx_test.cpp
+  gui_test.cpp
+  main_test.cpp
+  menu_test.cpp
+  recorder.cpp
+  settings_test.cpp
+  starfield_test.cpp
+  texture_test.cpp
+  ${CMAKE_SOURCE_DIR}/src/main.cpp)
+set_source_files_properties(${CMAKE_SOURCE_DIR}/src/main.cpp PROPERTIES COMPILE_DEFINITIONS
+                                                                        main=program_main)
+target_link_libraries(shell_tests PRIVATE quorvane_program GTest::gtest_main)
+gtest_discover_tests(shell_tests DISCOVERY_TIMEOUT 60)

@@ -1,0 +1,296 @@
+// SPDX-FileCopyrightText: The Quorvane project
+// SPDX-License-Identifier: MIT
+
+#include "replay_inspect.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cinttypes>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <iterator>
+#include <memory>
+
+#include "input.h"
+#include "json_writer.h"
+#include "sha1.h"
+
+namespace {
+
+// Offsets in the header.
+constexpr size_t SIGNATURE_AT = 6;
+constexpr size_t SIGNED_FROM = 26;
+constexpr size_t NAME_AT = 31;
+constexpr size_t CREATED_AT = 67;
+
+constexpr const char* TYPE_NAMES[] = {nullptr,    "seed",    "tick",   "key_up",
+                                      "key_down", "mouse_x", "mouse_y"};
+
+// The keys of one slot that may be down, at least and at most: a key can be down from before the
+// game, and a slot with two keys can be pressed twice.
+struct keys_down {
+    int keys;  // that the slot has
+    int least = 0;
+    int most = keys;
+};
+
+struct inspector {
+    recording& log;
+    keys_down slots[KEY_SPECIAL] = {{2}, {2}, {1}, {1}, {1}, {1}, {2}, {2}};
+    uint32_t first_value = 0;
+    uint64_t frames_end = 0;  // index of the event behind the last frame
+
+    void note(std::vector<finding>* findings, const char* text) const {
+        const auto known = std::find_if(findings->begin(), findings->end(),
+                                        [text](const finding& f) { return f.text == text; });
+        if (known != findings->end()) {
+            ++known->count;
+        } else {
+            findings->push_back({text, 1, log.event_count});
+        }
+    }
+    void impossible(const char* text) const { note(&log.impossible, text); }
+    void remark(const char* text) const { note(&log.remarks, text); }
+
+    void take_key(const event_record& event) {
+        if (event.value >= KEY_SPECIAL) {
+            impossible("a key slot of 8 or more");
+            return;
+        }
+        keys_down& slot = slots[event.value];
+        const int change = event.type == REPLAY_EVENT_KEY_DOWN ? 1 : -1;
+        if (slot.least + change > slot.keys || slot.most + change < 0) {
+            remark("a press or release that the keys of its slot cannot give");
+        }
+        slot.least = std::clamp(slot.least + change, 0, slot.keys);
+        slot.most = std::clamp(slot.most + change, 0, slot.keys);
+    }
+
+    void take_tick(uint32_t ms) {
+        constexpr uint32_t SHORTEST_USUAL = 15;
+        constexpr uint32_t LONGEST_USUAL = 100;
+        const bool is_first = frames_end == 0;
+        frames_end = log.event_count + 1;
+        log.steps_unseeded |= log.type_counts[REPLAY_EVENT_SEED / 4] == 0;
+        if (is_first && ms != 0) {
+            impossible("a first frame time other than 0");
+        }
+        if (!is_first && ms < SHORTEST_USUAL) {
+            remark("a frame time below 15 ms");
+        }
+        if (ms > LONGEST_USUAL) {
+            remark("a frame time above 100 ms");
+        }
+        if (ms >= TIME_LIMIT) {
+            impossible("a frame time of 2^31 ms or more, where a playback ends");
+            return;
+        }
+        if (log.duration < TIME_LIMIT && log.duration + ms >= TIME_LIMIT) {
+            impossible("a game time of 2^31 ms or more, where a playback ends");
+        }
+        log.duration += ms;
+    }
+
+    void take(const event_record& event) {
+        uint64_t& type_count = log.type_counts[event.type / 4];
+        ++type_count;
+        if (log.event_count == 0) {
+            first_value = event.value;
+        }
+        if (event.width != shortest_width(event.value)) {
+            impossible("a value not in its shortest form");
+        }
+        switch (event.type) {
+            case REPLAY_EVENT_SEED:
+                if (type_count > 1) {
+                    impossible("a second seed");
+                }
+                break;
+            case REPLAY_EVENT_TICK:
+                take_tick(event.value);
+                break;
+            case REPLAY_EVENT_KEY_UP:
+            case REPLAY_EVENT_KEY_DOWN:
+                take_key(event);
+                break;
+            case REPLAY_EVENT_MOUSE_X:
+            case REPLAY_EVENT_MOUSE_Y:
+                impossible("a mouse event");
+                break;
+            default:
+                impossible("an event of unknown type");
+                break;
+        }
+        if (log.event_count == 0 && event.type != REPLAY_EVENT_SEED) {
+            impossible("does not begin with a seed");
+        }
+        ++log.event_count;
+    }
+
+    void finish() {
+        constexpr int64_t SLACK = 2;  // s; both times are cut to whole seconds
+        constexpr int64_t DAY = 86400;
+        if (frames_end == 0) {
+            log.impossible.push_back({"no frame", 1, 0});
+        } else if (frames_end < log.event_count) {
+            log.impossible.push_back(
+                {"an event after the last frame", log.event_count - frames_end, frames_end});
+        }
+        // The seed is the time at which the game began. The file was made when it had ended and the
+        // last screen was left.
+        const auto seconds = static_cast<int64_t>(log.duration / 1000);
+        const int64_t waited = int64_t{log.created} - first_value - seconds;
+        if (waited < -SLACK || waited > DAY) {
+            log.remarks.push_back({"a seed that is not the time at which the game began", 1, 0});
+        }
+    }
+};
+
+const char* header_error_text(int32_t error) {
+    switch (error) {
+        case REPLAY_ERROR_MAGIC:
+            return "no recording: it does not begin with QRVNPL";
+        case REPLAY_ERROR_LENGTH:
+            return "cut or damaged: the header's length of the events is not the file's";
+        case REPLAY_ERROR_VERSION:
+            return "its format version is not 3";
+        default:
+            return "damaged: the bytes 28 to 30 are not 0, 4, 0";
+    }
+}
+
+load_status load(std::FILE* file, uint64_t size, recording* log, std::string* reason) {
+    uint8_t data[REPLAY_HEADER_SIZE];
+    if (size < sizeof(data)) {
+        *reason = "no recording: it is shorter than the header";
+        return LOAD_BROKEN;
+    }
+    if (std::fread(data, 1, sizeof(data), file) != sizeof(data)) {
+        *reason = "it cannot be read";
+        return LOAD_UNREADABLE;
+    }
+    struct replay header {};
+    const int32_t result = replay_validate_header(&header, data, static_cast<size_t>(size));
+    if (result < 0 || size > FILE_SIZE_LIMIT) {
+        *reason = result < 0 ? header_error_text(result) : "larger than any game, not read";
+        return LOAD_BROKEN;
+    }
+    log->name = header.player_name;
+    log->score = header.final_score;
+    log->created = replay_read_32(data + CREATED_AT);
+    if (std::memchr(data + NAME_AT, 0, REPLAY_NAME_SIZE) != nullptr) {
+        log->impossible.push_back({"a zero byte in the name", 1, 0});
+    }
+
+    log->bytes.resize(static_cast<size_t>(size));
+    std::copy(std::begin(data), std::end(data), log->bytes.begin());
+    const size_t rest = log->bytes.size() - sizeof(data);
+    if (std::fread(log->bytes.data() + sizeof(data), 1, rest, file) != rest) {
+        *reason = "it cannot be read to its end";
+        return LOAD_UNREADABLE;
+    }
+    inspector inspector{*log};
+    event_record event{};
+    for (size_t at = sizeof(data); at < log->bytes.size();) {
+        if (!read_event(log->bytes, &at, &event)) {
+            *reason = format("damaged: the event at byte %zu runs past the end", at);
+            return LOAD_BROKEN;
+        }
+        inspector.take(event);
+    }
+    inspector.finish();
+    return LOAD_OK;
+}
+
+struct file_closer {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using file_pointer = std::unique_ptr<std::FILE, file_closer>;
+
+}  // namespace
+
+load_status recording_load(const std::string& path, recording* log, std::string* reason) {
+    *log = {};
+    log->path = path;
+    uint64_t size = 0;
+    const file_pointer file(open_regular(path, &size, reason));
+    return file ? load(file.get(), size, log, reason) : LOAD_UNREADABLE;
+}
+
+std::FILE* open_regular(const std::string& path, uint64_t* size, std::string* reason) {
+    struct stat status {};
+    // Looked at before it is opened: opening a pipe waits, opening a device may act.
+    std::FILE* file = nullptr;
+    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        *reason = S_ISDIR(status.st_mode) ? "it is a directory" : "it is not a regular file";
+        return nullptr;
+    }
+    file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr) {
+        *reason = std::strerror(errno);
+    }
+    *size = static_cast<uint64_t>(status.st_size);
+    return file;
+}
+
+bool read_salt(const std::string& path, replay_salt* salt, std::string* reason) {
+    if (path.empty()) {
+        uint8_t* data = nullptr;
+        size_t length = 0;
+        replay_modify_data(&data, &length);
+        std::copy_n(data, salt->size(), salt->begin());
+        std::free(data);
+        return true;
+    }
+    uint64_t size = 0;
+    const file_pointer file(open_regular(path, &size, reason));
+    if (file && (size != salt->size() ||
+                 std::fread(salt->data(), 1, salt->size(), file.get()) != salt->size())) {
+        *reason = format("it has %" PRIu64 " bytes, a salt has %zu", size, salt->size());
+        return false;
+    }
+    return file != nullptr;
+}
+
+bool signature_is_right(const recording& log, const replay_salt& salt) {
+    std::vector<uint8_t> text(log.bytes.begin() + SIGNED_FROM, log.bytes.end());
+    text.insert(text.end(), salt.begin(), salt.end());
+    const auto digest = sha1(text.data(), text.size());
+    return std::equal(digest.begin(), digest.end(), log.bytes.begin() + SIGNATURE_AT);
+}
+
+std::vector<std::string> in_words(const std::vector<finding>& findings) {
+    std::vector<std::string> words;
+    for (const finding& finding : findings) {
+        words.push_back(finding.text);
+        if (finding.count > 1) {
+            words.back() += format(" %" PRIu64 " times", finding.count);
+        }
+        if (finding.first > 0) {
+            words.back() += format(" from event %" PRIu64, finding.first);
+        }
+    }
+    return words;
+}
+
+const char* event_type_name(uint32_t type) {
+    return type / 4 < std::size(TYPE_NAMES) ? TYPE_NAMES[type / 4] : nullptr;
+}
+
+std::string utc_time(uint32_t seconds) {
+    const auto time = static_cast<std::time_t>(seconds);
+    std::tm parts{};
+    char text[32];
+    std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S UTC", gmtime_r(&time, &parts));
+    return text;
+}
+
+size_t shortest_width(uint32_t value) {
+    if (value <= 0xffff) {
+        return value <= 0xff ? 1 : 2;
+    }
+    return value <= 0xffffff ? 3 : 4;
+}

@@ -1,0 +1,327 @@
+// SPDX-FileCopyrightText: The Quorvane project
+// SPDX-License-Identifier: MIT
+
+#include "replay_run.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cinttypes>
+#include <cmath>
+#include <cstdio>
+#include <iterator>
+
+#include "enemy.h"
+#include "headless.h"
+#include "json_writer.h"
+#include "mt19937.h"
+#include "state_hash.h"
+
+// The linker sends every call of genrand_int32 through the counter.
+uint32_t real_draw() __asm__("__real__Z13genrand_int32v");
+uint32_t counted_draw() __asm__("__wrap__Z13genrand_int32v");
+
+namespace {
+
+uint32_t draw_count = 0;  // in the current playback
+
+constexpr uint32_t UNSEEDED = 5489;  // the seed of a generator that was never seeded
+
+// The cells of a step's line, and the part of the state that each belongs to. The first ones are
+// the trace. The others see the whole of a part: two recordings part at the first step at which
+// anything differs.
+constexpr const char* COLUMNS[] = {"step",  "hash",   "time",    "over", "score", "x",
+                                   "y",     "angle",  "enemies", "pool", "shots", "free_shot_index",
+                                   "draws", "sounds", "seed",    "keys", "clock", "player",
+                                   "ships", "shots",  "waves"};
+constexpr const char* GROUPS[] = {"clock",     "all",    "clock",     "clock", "player", "player",
+                                  "player",    "player", "ships",     "shots", "shots",  "shots",
+                                  "generator", "sounds", "generator", "keys",  "clock",  "player",
+                                  "ships",     "shots",  "waves"};
+static_assert(std::size(COLUMNS) == std::size(GROUPS));
+constexpr ptrdiff_t TRACE_COLUMNS = 14;
+
+template <typename Record>
+int32_t count_of(const Record* records, int32_t count, int32_t Record::*flag) {
+    const auto is_set = [flag](const Record& record) { return record.*flag != 0; };
+    return static_cast<int32_t>(std::count_if(records, records + count, is_set));
+}
+
+std::string hex(uint64_t value) { return format("%016" PRIx64, value); }
+std::string hex(double value) { return hex(std::bit_cast<uint64_t>(value)); }
+
+std::string shortest(double value) {
+    char digits[32];
+    return {digits, std::to_chars(digits, std::end(digits), value).ptr};
+}
+
+std::string json_number(double value) { return std::isfinite(value) ? shortest(value) : "null"; }
+
+// The hashes of clock, player, ships, shots and waves: of games with nothing else in them.
+std::string part_hashes(const game& whole) {
+    ship no_player{};
+    enemy_handler no_waves{};
+    struct game part[5] = {};
+    for (struct game& each : part) {
+        each.players = &no_player;
+        each.enemy_handler = &no_waves;
+    }
+    part[0].time = whole.time;
+    part[0].over = whole.over;
+    part[0].radius = whole.radius;
+    part[1].players = whole.players;
+    part[2].ships = whole.ships;
+    part[2].ship_count = whole.ship_count;
+    part[3].shots = whole.shots;
+    part[3].shot_count = whole.shot_count;
+    part[3].free_shot_index = whole.free_shot_index;
+    part[4].enemy_handler = whole.enemy_handler;
+    std::vector<std::string> hashes;
+    for (const struct game& each : part) {
+        hashes.push_back(hex(state_hash_step(STATE_HASH_START, &each)));
+    }
+    return joined(hashes, "\t");
+}
+
+// A playback that is watched.
+struct tracer {
+    explicit tracer(const recording& recording) : run(recording) {
+        headless_services.on_sound = [this](uint32_t id) { sounds.push_back(std::to_string(id)); };
+    }
+    ~tracer() { headless_services.on_sound = nullptr; }
+    tracer(const tracer&) = delete;
+    tracer& operator=(const tracer&) = delete;
+
+    bool step() {
+        sounds.clear();
+        const bool stepped = run.step();
+        if (stepped) {
+            hash = state_hash_step(hash, run.game.get());
+        }
+        return stepped;
+    }
+
+    std::string line() const {
+        const struct game& game = *run.game;
+        const ship& player = game.players[0];
+        return format("%" PRIu64 "\t%s\t%d\t%d\t%d\t%s\t%s\t%s\t%d\t%d\t%d\t%d\t%u\t%s",
+                      run.frames - 1, hex(hash).c_str(), game.time, game.over, player.score,
+                      hex(player.position.x).c_str(), hex(player.position.y).c_str(),
+                      hex(player.angle).c_str(), game.enemy_handler->alive_count, game.shot_count,
+                      count_of(game.shots, game.shot_count, &shot::active), game.free_shot_index,
+                      draw_count, sounds.empty() ? "-" : joined(sounds, ",").c_str());
+    }
+
+    std::string long_line() const {
+        std::string keys;
+        for (const int32_t key : run.game->key_state.keys) {
+            keys += std::to_string(key);
+        }
+        const std::string seed = std::to_string(run.input->seed);
+        return joined({line(), seed, keys, part_hashes(*run.game)}, "\t");
+    }
+
+    playback run;
+    uint64_t hash = STATE_HASH_START;
+    std::vector<std::string> sounds;  // of the last step
+};
+
+using trace_lines = std::vector<std::string>;
+
+trace_lines lines_of(const recording& recording) {
+    trace_lines lines;
+    for (tracer tracer(recording); tracer.step();) {
+        lines.push_back(tracer.long_line());
+    }
+    return lines;
+}
+
+// The lines of steps at the beginning of a text.
+trace_lines lines_of(std::FILE* file) {
+    trace_lines lines;
+    char text[1024];
+    while (lines.size() <= FRAME_LIMIT && std::fgets(text, sizeof(text), file) != nullptr) {
+        std::string line = text;
+        line.erase(line.find_last_not_of("\r\n") + 1);
+        if (std::count(line.begin(), line.end(), '\t') != TRACE_COLUMNS - 1) {
+            break;
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+load_status load_other(const std::string& path, trace_lines* lines, std::string* reason) {
+    recording other;
+    const load_status status = recording_load(path, &other, reason);
+    if (status == LOAD_OK) {
+        *lines = lines_of(other);
+        return status;
+    }
+    uint64_t size = 0;
+    std::FILE* const file = open_regular(path, &size, reason);
+    if (file == nullptr) {
+        return LOAD_UNREADABLE;
+    }
+    *lines = lines_of(file);
+    std::fclose(file);
+    return lines->empty() ? status : LOAD_OK;
+}
+
+std::vector<std::string> cells_of(const std::string& line) {
+    std::vector<std::string> cells(1);
+    for (const char c : line) {
+        c == '\t' ? cells.emplace_back() : cells.back() += c;
+    }
+    return cells;
+}
+
+// What differs in a step; no groups: nothing. A trace has fewer cells than a recording.
+struct difference {
+    std::vector<std::string> groups;
+    std::vector<std::string> ours;
+    std::vector<std::string> theirs;
+};
+
+difference compare(const std::string& our_line, const std::string& their_line) {
+    const auto ours = cells_of(our_line);
+    const auto theirs = cells_of(their_line);
+    difference found;
+    for (size_t i = 0; i < std::min(ours.size(), theirs.size()); ++i) {
+        if (ours[i] != theirs[i]) {
+            found.ours.push_back(COLUMNS[i] + ('=' + ours[i]));
+            found.theirs.push_back(COLUMNS[i] + ('=' + theirs[i]));
+            if (std::find(found.groups.begin(), found.groups.end(), GROUPS[i]) ==
+                found.groups.end()) {
+                found.groups.emplace_back(GROUPS[i]);
+            }
+        }
+    }
+    if (found.groups.size() > 1 && found.groups[0] == "all") {
+        found.groups.erase(found.groups.begin());
+    }
+    return found;
+}
+
+}  // namespace
+
+uint32_t counted_draw() {
+    ++draw_count;
+    return real_draw();
+}
+
+playback::playback(const recording& recording)
+    : bytes(recording.bytes),
+      input(input_init(nullptr), input_destroy),
+      game(game_init(input.get(), GAME_SHIP_COUNT, 800, 600), game_destroy) {
+    input->is_replay = 1;
+    init_genrand(UNSEEDED);
+    draw_count = 0;
+}
+
+// Does what the input layer does in a playback, but for the waiting.
+bool playback::step() {
+    event_record event{};
+    while (end == RUN_GOES_ON && event.type != REPLAY_EVENT_TICK) {
+        if (at == bytes.size() || !read_event(bytes, &at, &event)) {
+            end = RUN_LOG;
+        } else {
+            ++events;
+            input_replay_event_cb(event.type, event.value, input.get());
+        }
+    }
+    if (end != RUN_GOES_ON) {
+        return false;
+    }
+    if (event.value >= TIME_LIMIT) {
+        end = RUN_NEGATIVE_TICK;
+    } else if (elapsed + event.value >= TIME_LIMIT) {
+        end = RUN_TIME_OVERFLOW;
+    } else if (frames == FRAME_LIMIT) {
+        end = RUN_FRAME_LIMIT;
+    }
+    if (end != RUN_GOES_ON) {
+        return false;
+    }
+    elapsed += event.value;
+    score_before = score();
+    game_step(game.get(), static_cast<int32_t>(elapsed));
+    ++frames;
+    end = game_is_over(game.get()) != 0 ? RUN_SELF : RUN_GOES_ON;
+    return true;
+}
+
+void simulate(const recording& recording, bool trace, bool json) {
+    tracer tracer(recording);
+    while (tracer.step()) {
+        if (trace) {
+            std::puts(tracer.line().c_str());
+        }
+    }
+    const struct game& game = *tracer.run.game;
+    const ship& player = game.players[0];
+    report report;
+    const auto add_vector = [&report](const char* key, const char* bits_key, vector v) {
+        const std::string x = shortest(v.x);
+        const std::string y = shortest(v.y);
+        report.add(key, hex(v.x) + ' ' + hex(v.y) + " (" + x + ", " + y + ')',
+                   '[' + json_number(v.x) + ',' + json_number(v.y) + ']');
+        report.add(bits_key, "", json_list({hex(v.x), hex(v.y)}));
+    };
+    report.add("file", recording.path);
+    report.add("name", '[' + printable(recording.name) + ']', json_string(recording.name));
+    report.add("header_score", int64_t{recording.score});
+    report.add("events", static_cast<int64_t>(recording.event_count));
+    report.add("fresh_process", recording.steps_unseeded ? 1 : 0);
+    report.add("frames", static_cast<int64_t>(tracer.run.frames));
+    report.add("last_time", game.time);
+    report.add("end", RUN_END_NAMES[tracer.run.end]);
+    report.add("over_time", game.over != 0 ? game.time : -1);
+    report.add("score", player.score);
+    report.add("chain_count", player.chain_count);
+    report.add("chain_color", player.chain_color);
+    report.add("chain_shown", player.chain_shown);
+    report.add("player_alive", player.alive);
+    add_vector("position", "position_bits", player.position);
+    add_vector("velocity", "velocity_bits", player.velocity);
+    report.add("angle", hex(player.angle) + " (" + shortest(player.angle) + ')',
+               json_number(player.angle));
+    report.add("angle_bits", "", json_string(hex(player.angle)));
+    report.add("shot_count", game.shot_count);
+    report.add("active_shots", count_of(game.shots, game.shot_count, &shot::active));
+    report.add("alive_enemies", count_of(game.ships, game.ship_count, &ship::alive));
+    report.add("draws", int64_t{draw_count});
+    report.add("hash", hex(tracer.hash));
+    report.print(json);
+}
+
+int simulate_diff(const recording& recording, const std::string& other, bool json) {
+    trace_lines theirs;
+    std::string reason;
+    const load_status status = load_other(other, &theirs, &reason);
+    if (status != LOAD_OK) {
+        return complain(other, reason, status);
+    }
+    const trace_lines ours = lines_of(recording);
+    size_t step = 0;
+    difference found;
+    while (found.groups.empty() && step < std::min(ours.size(), theirs.size())) {
+        found = compare(ours[step], theirs[step]);
+        step += found.groups.empty() ? 1 : 0;
+    }
+    if (found.groups.empty() && ours.size() != theirs.size()) {
+        found = {{"end"},
+                 {"frames=" + std::to_string(ours.size())},
+                 {"frames=" + std::to_string(theirs.size())}};
+    }
+    report report;
+    report.add("file", recording.path);
+    report.add("other", other);
+    report.add("result", found.groups.empty() ? "same" : "parted");
+    report.add("step", static_cast<int64_t>(step));
+    report.add("groups", joined(found.groups, " "), json_list(found.groups));
+    report.add("ours", joined(found.ours, " "));
+    report.add("theirs", joined(found.theirs, " "));
+    report.print(json);
+    return found.groups.empty() ? 0 : 1;
+}
