@@ -71,6 +71,20 @@ void draw_wave(group_state* group, const group_row& row, double d) {
     group->shot_interval = static_cast<int32_t>(row.shot_interval_base / d);
 }
 
+// sin(age / 1000). Ages are whole milliseconds and come again with every ship: each sine is taken
+// once, and 0 marks those that have not been (that of age 0 is as quick as a look-up).
+double weave_sine(int32_t age) {
+    constexpr int32_t KEPT_AGES = 32768;  // longer than a ship crosses the field
+    static double sines[KEPT_AGES];
+    if (age < 0 || age >= KEPT_AGES) {
+        return math_sin(age / 1000.0);
+    }
+    if (sines[age] == 0.0) {
+        sines[age] = math_sin(age / 1000.0);
+    }
+    return sines[age];
+}
+
 // The direction across a flight line, along which a ship weaves. All living ships of a group share
 // their line, so the last result of each group serves nearly every call: a function of the
 // velocity's bits alone, whatever was asked before.
@@ -179,7 +193,7 @@ void enemy_move_ship(const enemy_handler* handler, [[maybe_unused]] int32_t time
     assert(enemy->enemy_group < GROUP_COUNT);
     const group_state& group = handler->groups[enemy->enemy_group];
     // A function of the age, never integrated: the path does not depend on the frame times.
-    const double weave = GROUP_ROWS[enemy->enemy_group].weave * math_sin(enemy->age / 1000.0);
+    const double weave = GROUP_ROWS[enemy->enemy_group].weave * weave_sine(enemy->age);
     enemy->position.x = group.entry.x + enemy->velocity.x * group.speed * enemy->age / 500.0;
     enemy->position.y = group.entry.y + enemy->velocity.y * group.speed * enemy->age / 500.0;
     const vector across = across_flight_line(enemy->velocity, enemy->enemy_group);

@@ -145,8 +145,12 @@ void update_player(game* game, ship* player) {
 }
 
 void move_enemy(game* game, ship* enemy) {
+    enemy_move_ship(game->enemy_handler, game->time, enemy, &game->players[0]);
+}
+
+// Fire, and the ways for an enemy to leave play or end the game where it is now.
+void act_enemy(game* game, ship* enemy) {
     ship* player = &game->players[0];
-    enemy_move_ship(game->enemy_handler, game->time, enemy, player);
     enemy_shoot(game->enemy_handler, game->time, game, enemy);
     if (!is_clear(enemy->position, HOLE_CLEAR, EDGE_CLEAR)) {
         const double d = math_distance(&enemy->position, nullptr);
@@ -187,6 +191,7 @@ void test_shot_against_player(game* game, ship* player, int32_t index) {
 // fires hits no enemy and is too young to touch the player.
 struct shots_in_flight {
     static constexpr int32_t CAPACITY = 256;
+    int32_t end;  // the slot behind the last one examined
     int32_t count;
     int32_t slots[CAPACITY];
     int32_t player_count;
@@ -195,8 +200,8 @@ struct shots_in_flight {
     double player_y[CAPACITY];
 };
 
-// Collects from slot `first` on, as many as fit. Returns the slot behind the last one examined.
-int32_t collect_shots(const game* game, int32_t first, shots_in_flight* shots) {
+// Collects from slot `first` on, as many as fit.
+void collect_shots(const game* game, int32_t first, shots_in_flight* shots) {
     const shot* pool = game->shots;
     const int32_t end = game->shot_count;
     int32_t count = 0;
@@ -217,7 +222,7 @@ int32_t collect_shots(const game* game, int32_t first, shots_in_flight* shots) {
     }
     shots->count = count;
     shots->player_count = player_count;
-    return slot;
+    shots->end = slot;
 }
 
 bool any_near(const shots_in_flight& shots, vector point) {
@@ -268,39 +273,47 @@ void advance_ship(game* game, ship* ship) {
         update_player(game, ship);
     } else if (ship->alive != 0) {
         move_enemy(game, ship);
+        act_enemy(game, ship);
     }
 }
 
+// `shots` begins at the first slot; what did not fit is collected here.
 void test_shots_against_ship(game* game, ship* ship, const shots_in_flight& shots) {
-    if (ship->player_number != 0) {
-        test_shots_against_player(game, ship, shots);
-    } else {
-        test_shots_against_enemy(game, ship, shots);
+    const auto test =
+        ship->player_number != 0 ? test_shots_against_player : test_shots_against_enemy;
+    test(game, ship, shots);
+    for (int32_t next = shots.end; next < game->shot_count && ship->alive != 0;) {
+        shots_in_flight rest;
+        collect_shots(game, next, &rest);
+        test(game, ship, rest);
+        next = rest.end;
     }
 }
 
+// As game_update_ship for every ship in turn. Enemies are all moved first: where one flies depends
+// on its own age, its wave and the player's place, none of which another enemy's turn changes, and
+// one loop of nothing but moves is what a processor does best.
 void update_ships(game* game) {
     shots_in_flight shots;
-    const bool complete = collect_shots(game, 0, &shots) == game->shot_count;
-    const auto update = [&](ship* ship) {
-        if (complete) {
-            advance_ship(game, ship);
-            test_shots_against_ship(game, ship, shots);
-        } else {
-            game_update_ship(game, ship);
-        }
-    };
+    collect_shots(game, 0, &shots);
     const int32_t dt = step_length(game);
     for (int32_t i = 0; i < game->ship_count; ++i) {
         ship* enemy = &game->ships[i];
+        enemy->age += dt;
         if (enemy->alive != 0) {
-            update(enemy);
-        } else {
-            enemy->age += dt;  // all that happens to an empty slot
+            move_enemy(game, enemy);
+        }
+    }
+    for (int32_t i = 0; i < game->ship_count; ++i) {
+        ship* enemy = &game->ships[i];
+        if (enemy->alive != 0) {
+            act_enemy(game, enemy);
+            test_shots_against_ship(game, enemy, shots);
         }
     }
     for (int32_t i = 0; i < game->player_count; ++i) {
-        update(&game->players[i]);
+        advance_ship(game, &game->players[i]);
+        test_shots_against_ship(game, &game->players[i], shots);
     }
 }
 
@@ -499,11 +512,9 @@ void game_update_ship(game* game, ship* ship) {
     assert(game);
     assert(ship);
     advance_ship(game, ship);
-    for (int32_t next = 0; ship->alive != 0 && next < game->shot_count;) {
-        shots_in_flight shots;
-        next = collect_shots(game, next, &shots);
-        test_shots_against_ship(game, ship, shots);
-    }
+    shots_in_flight shots;
+    collect_shots(game, 0, &shots);
+    test_shots_against_ship(game, ship, shots);
 }
 
 void game_update_shot(game* game, shot* shot) {
