@@ -65,7 +65,6 @@ constexpr double HOLE_CLEAR = 1.01;    // squares: farther than HOLE_RADIUS
 constexpr double EDGE_CLEAR = 224.9;   // nearer than FIELD_EDGE
 constexpr double PULL_CLEAR = 16.01;   // farther than OUTER_PULL
 constexpr double ABSORB_BOUND = 0.26;  // above it: not within ABSORB_DISTANCE
-constexpr double ENEMY_HIT_BOUND = 0.26;
 constexpr double RAM_BOUND = 0.05;
 
 double squared_distance(vector a, vector b) {
@@ -186,9 +185,9 @@ void test_shot_against_player(game* game, ship* player, int32_t index) {
     }
 }
 
-// The shots in flight, in slot order, and the places of the player's own among them. Made once
-// for all ships of a step: meanwhile no shot moves, the player fires none, and a shot that an enemy
-// fires hits no enemy and is too young to touch the player.
+// The shots in flight, in slot order, and which of them are the player's and roughly where. Made
+// once for all ships of a step: meanwhile no shot moves, the player fires none, and a shot that an
+// enemy fires hits no enemy and is too young to touch the player.
 struct shots_in_flight {
     static constexpr int32_t CAPACITY = 256;
     int32_t end;  // the slot behind the last one examined
@@ -196,9 +195,26 @@ struct shots_in_flight {
     int32_t slots[CAPACITY];
     int32_t player_count;
     int32_t player_slots[CAPACITY];
-    double player_x[CAPACITY];
-    double player_y[CAPACITY];
+    // A bit for each square unit of the field, set if a shot of the player may be within reach of a
+    // point in it: most enemies are nowhere near one, and this is the cheapest way to know.
+    uint32_t near_squares[32];
 };
+
+// Row or column of a coordinate. What lies outside counts as in the outermost one.
+int32_t square_of(double coordinate) {
+    return static_cast<int32_t>(std::clamp(coordinate + 16.0, 0.0, 31.0));
+}
+
+void mark_squares_near(vector point, shots_in_flight* shots) {
+    constexpr double REACH = 0.51;  // above ENEMY_HIT_DISTANCE
+    const int32_t left = square_of(point.x - REACH);
+    const int32_t right = square_of(point.x + REACH);
+    const auto columns = static_cast<uint32_t>((uint64_t{2} << right) - (uint64_t{1} << left));
+    const int32_t bottom = square_of(point.y + REACH);
+    for (int32_t row = square_of(point.y - REACH); row <= bottom; ++row) {
+        shots->near_squares[row] |= columns;
+    }
+}
 
 // Collects from slot `first` on, as many as fit.
 void collect_shots(const game* game, int32_t first, shots_in_flight* shots) {
@@ -207,6 +223,7 @@ void collect_shots(const game* game, int32_t first, shots_in_flight* shots) {
     int32_t count = 0;
     int32_t player_count = 0;
     int32_t slot = first;
+    std::memset(shots->near_squares, 0, sizeof(shots->near_squares));
     for (; slot < end && count < shots_in_flight::CAPACITY; ++slot) {
         const shot& shot = pool[slot];
         if (shot.active == 0) {
@@ -214,10 +231,8 @@ void collect_shots(const game* game, int32_t first, shots_in_flight* shots) {
         }
         shots->slots[count++] = slot;
         if (shot.from_enemy == 0) {
-            shots->player_slots[player_count] = slot;
-            shots->player_x[player_count] = shot.position.x;
-            shots->player_y[player_count] = shot.position.y;
-            ++player_count;
+            shots->player_slots[player_count++] = slot;
+            mark_squares_near(shot.position, shots);
         }
     }
     shots->count = count;
@@ -226,13 +241,7 @@ void collect_shots(const game* game, int32_t first, shots_in_flight* shots) {
 }
 
 bool any_near(const shots_in_flight& shots, vector point) {
-    int64_t near = 0;
-    for (int32_t i = 0; i < shots.player_count; ++i) {
-        const double dx = point.x - shots.player_x[i];
-        const double dy = point.y - shots.player_y[i];
-        near |= static_cast<int64_t>(dx * dx + dy * dy < ENEMY_HIT_BOUND);
-    }
-    return near != 0;
+    return (shots.near_squares[square_of(point.y)] >> square_of(point.x) & 1U) != 0;
 }
 
 void hit_enemy(game* game, ship* enemy, int32_t slot) {
