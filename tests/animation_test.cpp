@@ -40,7 +40,8 @@ TEST(Animation, ShowsItsFramesForTheirTime) {
                 SCOPED_TRACE(testing::Message() << "type " << row.type << " after " << time);
                 animation_render(anim.get(), 1000 + time);
                 const int texture = rec.primitives.empty() ? -1 : rec.primitives[0].texture;
-                EXPECT_EQ(texture, i < count || row.loop ? row.frames.at(i % count) : -1);
+                const int expected = row.frames.at(static_cast<size_t>(i % count));
+                EXPECT_EQ(texture, i < count || row.loop ? expected : -1);
                 for (const std::string& line : seen()) {
                     EXPECT_EQ(line.substr(line.find(" at ") + 4), row.quad);
                 }

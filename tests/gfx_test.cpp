@@ -71,7 +71,7 @@ TEST_F(Scene, BlackHoleHasRingsOneDiscAndTurningLayers) {
             const int r = 10 * (radius - i);
             char line[96];
             std::snprintf(line, sizeof line, "plain 9 126 at 400,300 %dx%d #0,0,0,0.3", r, r);
-            expected.resize(i + 1, line);  // the first ring has a disc below it
+            expected.resize(static_cast<size_t>(i) + 1, line);  // a disc below the first ring
             std::snprintf(line, sizeof line, "plain 2 126 at 400,300 %dx%d red", r, r);
             expected.push_back(line + (" width " + std::to_string(widths[i])));
         }
@@ -85,6 +85,8 @@ TEST_F(Scene, BlackHoleHasRingsOneDiscAndTurningLayers) {
         }
         EXPECT_EQ(seen(), expected);
     }
+    gfx_draw_circle(world->gfx, 1);
+    EXPECT_EQ(seen(), strings{"plain 2 126 at 400,300 10x10 red width 5"}) << "textured";
 }
 
 TEST_F(Scene, ShipsShowShieldSpriteAndFlashes) {

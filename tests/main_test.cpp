@@ -79,6 +79,7 @@ TEST_F(Shell, SelectionsChangeTheirSettings) {
 TEST_F(Shell, GameEndsInTheHoleAndPlaysBack) {
     EXPECT_EQ(choose(START, {{1, "+k +Tab"}, {2, "Return +Up +Escape mouse"}, {60, "resize"}}),
               "||11");
+    EXPECT_EQ(rec.frames.at(0).at(3), "'Player name: ' at 20,140 22.4");
     EXPECT_EQ(rec.error, 0U) << "the next textures would be refused";
     EXPECT_EQ(rec.error_reads * 100 + count_trace("sound 5") * 10 + count_trace("sound 6"), 111);
     EXPECT_NE(read_file(SETTINGS_FILE).find("name=k\n"), std::string::npos);
@@ -95,7 +96,8 @@ TEST_F(Shell, GameEndsInTheHoleAndPlaysBack) {
     EXPECT_EQ(count_trace("clear black"), 0) << "a rejected file starts no game";
     EXPECT_EQ(choose(LOAD, {{1, "+k +Tab"}, {2, "Return"}, {9, "Return resize"}, {30, "Return"}}),
               PLAYED_BACK);
-    EXPECT_STREQ(choices->replay, "kept.rpl");
+    EXPECT_EQ(rec.frames.at(1).at(3), "'Replay file (TAB to complete):' at 20,140 22.4");
+    EXPECT_EQ(rec.frames.at(1).at(4), "'kept.rpl' at 20,180 16");
     EXPECT_EQ(rec.error_reads * 100 + count_trace("sound 5") * 10 + count_trace("sound 6"), 111);
     EXPECT_FALSE(fs::exists(REPLAY_FILE)) << "a playback writes nothing";
     EXPECT_EQ(strings(rec.frames.at(29).end() - 3, rec.frames[29].end()),
@@ -153,7 +155,8 @@ TEST_F(Shell, PlaybackTakesOnlyEscapeAndCloseAndEndsWithItsLog) {
     };
     replay_add_event(log.get(), REPLAY_EVENT_SEED, 1);
     play({{1, "Return"}, {3, "Return"}});
-    EXPECT_EQ(rec.frames.size(), 3U) << "no frame without a tick, the message all the same";
+    EXPECT_EQ(rec.frames.at(1).back(), "'           continue...' at 36,300 24")
+        << "no frame without a tick, the message all the same";
     for (int i = 0; i < 50; i++) {
         replay_add_event(log.get(), REPLAY_EVENT_TICK, 0);
     }

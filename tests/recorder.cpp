@@ -30,7 +30,7 @@ namespace {
 
 constexpr matrix IDENTITY{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 constexpr std::array<GLenum, 2> RESTING_BLEND{GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA};
-constexpr size_t ENDLESS = 100000;  // more trace than any test needs
+constexpr size_t ENDLESS = 3000;  // more trace than any test needs
 
 void problem(bool found, const std::string& text) {
     if (found) {
