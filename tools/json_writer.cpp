@@ -54,6 +54,7 @@ std::string json_string(std::string_view text) { return '"' + escaped(text, true
 
 std::string json_list(const std::vector<std::string>& texts) {
     std::vector<std::string> strings;
+    strings.reserve(texts.size());
     for (const std::string& text : texts) {
         strings.push_back(json_string(text));
     }

@@ -18,11 +18,11 @@ SCREEN_COMMANDS="Xvfb xdotool import identify convert"
 SCREEN_FEDORA="xorg-x11-server-Xvfb xdotool ImageMagick mesa-dri-drivers"
 SCREEN_ARCH="xorg-server-xvfb xdotool imagemagick mesa"
 
-TEST_DEBIAN="libgtest-dev python3 clang-format clang-tidy"
+TEST_DEBIAN="libgtest-dev libegl-dev libpng-dev python3 clang-format clang-tidy"
 TEST_COMMANDS="ctest python3 clang-format clang-tidy run-clang-tidy"
-TEST_MODULES="gtest"
-TEST_FEDORA="gtest-devel python3 clang-tools-extra"
-TEST_ARCH="gtest python clang"
+TEST_MODULES="gtest egl libpng"
+TEST_FEDORA="gtest-devel mesa-libEGL-devel libpng-devel python3 clang-tools-extra"
+TEST_ARCH="gtest libpng python clang"
 # Tests are skipped without these, and not every release has them.
 TEST_OPTIONAL_DEBIAN="libsdl1.2-compat"
 
@@ -96,4 +96,9 @@ require_for_virtual_display() {
 require_for_testing() {
     require "testing" "$TEST_DEBIAN" "$TEST_FEDORA" "$TEST_ARCH" "$TEST_COMMANDS" \
         "$TEST_MODULES" "$TEST_OPTIONAL_DEBIAN"
+}
+
+require_for_benchmarks() {
+    require "the benchmarks" "libbenchmark-dev python3" "google-benchmark-devel python3" \
+        "benchmark python" "python3" "benchmark" "chocolate-doom freedoom"
 }

@@ -5,6 +5,7 @@
 // or audio. One row in VERBS for each thing it can do.
 
 #include <getopt.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -174,6 +175,7 @@ constexpr const char* HELP =
     "  simulate  plays one and prints what came of it\n"
     "  dump      prints one as text\n"
     "  pack      makes one of such a text\n"
+    "  export    draws one as pictures or a video\n"
     "  --help, VERB --help, --version\n"
     "Exit status: 0 all is good; 1 a file is not good, or two games part; 2 wrong usage, or a "
     "file\n"
@@ -188,6 +190,9 @@ const char* take_options(const verb& verb, int argc, char** argv, arguments* arg
     for (int code = 0; (code = getopt_long(argc, argv, "0h", OPTIONS, nullptr)) != -1;) {
         if (code == '?' || std::strchr(verb.options, code) == nullptr) {
             return "an option that it does not take, or one without its value";
+        }
+        if (optarg != nullptr && *optarg == '\0') {
+            return "an option with an empty value";
         }
         switch (code) {
             case 'j':
@@ -242,12 +247,29 @@ int run_verb(const verb& verb, int argc, char** argv) {
     return verb.run(arguments);
 }
 
+// Drawing needs libraries that nothing else here does, so it is a program of its own, installed
+// beside this one. Returns only if that is not there.
+int run_export(char** argv) {
+    const std::string program = "quorvane-export";
+    char here[4096];
+    const ssize_t length = readlink("/proc/self/exe", here, sizeof(here));
+    if (length > 0) {
+        const std::string path(here, static_cast<size_t>(length));
+        execv((path.substr(0, path.rfind('/') + 1) + program).c_str(), argv);
+    }
+    execvp(program.c_str(), argv);
+    return complain(program, std::strerror(errno));
+}
+
 int run(int argc, char** argv) {
     const std::string word = argc > 1 ? argv[1] : "";
     const auto verb = std::find_if(std::begin(VERBS), std::end(VERBS),
                                    [&word](const struct verb& v) { return word == v.name; });
     if (verb != std::end(VERBS)) {
         return run_verb(*verb, argc - 1, argv + 1);
+    }
+    if (word == "export") {
+        return run_export(argv + 1);
     }
     if (word == "--help" || word == "-h") {
         std::fputs(HELP, stdout);

@@ -11,19 +11,14 @@
 #include <cstdio>
 #include <iterator>
 
+#include "counted_random.h"
 #include "enemy.h"
 #include "headless.h"
 #include "json_writer.h"
 #include "mt19937.h"
 #include "state_hash.h"
 
-// The linker sends every call of genrand_int32 through the counter.
-uint32_t real_draw() __asm__("__real__Z13genrand_int32v");
-uint32_t counted_draw() __asm__("__wrap__Z13genrand_int32v");
-
 namespace {
-
-uint32_t draw_count = 0;  // in the current playback
 
 constexpr uint32_t UNSEEDED = 5489;  // the seed of a generator that was never seeded
 
@@ -57,11 +52,12 @@ std::string shortest(double value) {
 
 std::string json_number(double value) { return std::isfinite(value) ? shortest(value) : "null"; }
 
-// The hashes of clock, player, ships, shots and waves: of games with nothing else in them.
+// The cells with the hashes of clock, player, ships, shots and waves: each that of a game with
+// nothing else in it.
 std::string part_hashes(const game& whole) {
     ship no_player{};
     enemy_handler no_waves{};
-    struct game part[5] = {};
+    std::vector<struct game> part(5);
     for (struct game& each : part) {
         each.players = &no_player;
         each.enemy_handler = &no_waves;
@@ -76,11 +72,11 @@ std::string part_hashes(const game& whole) {
     part[3].shot_count = whole.shot_count;
     part[3].free_shot_index = whole.free_shot_index;
     part[4].enemy_handler = whole.enemy_handler;
-    std::vector<std::string> hashes;
+    std::string hashes;
     for (const struct game& each : part) {
-        hashes.push_back(hex(state_hash_step(STATE_HASH_START, &each)));
+        hashes += '\t' + hex(state_hash_step(STATE_HASH_START, &each));
     }
-    return joined(hashes, "\t");
+    return hashes;
 }
 
 // A playback that is watched.
@@ -109,7 +105,7 @@ struct tracer {
                       hex(player.position.x).c_str(), hex(player.position.y).c_str(),
                       hex(player.angle).c_str(), game.enemy_handler->alive_count, game.shot_count,
                       count_of(game.shots, game.shot_count, &shot::active), game.free_shot_index,
-                      draw_count, sounds.empty() ? "-" : joined(sounds, ",").c_str());
+                      counted_draws, sounds.empty() ? "-" : joined(sounds, ",").c_str());
     }
 
     std::string long_line() const {
@@ -118,7 +114,7 @@ struct tracer {
             keys += std::to_string(key);
         }
         const std::string seed = std::to_string(run.input->seed);
-        return joined({line(), seed, keys, part_hashes(*run.game)}, "\t");
+        return joined({line(), seed, keys}, "\t") + part_hashes(*run.game);
     }
 
     playback run;
@@ -205,18 +201,13 @@ difference compare(const std::string& our_line, const std::string& their_line) {
 
 }  // namespace
 
-uint32_t counted_draw() {
-    ++draw_count;
-    return real_draw();
-}
-
 playback::playback(const recording& recording)
     : bytes(recording.bytes),
       input(input_init(nullptr), input_destroy),
       game(game_init(input.get(), GAME_SHIP_COUNT, 800, 600), game_destroy) {
     input->is_replay = 1;
     init_genrand(UNSEEDED);
-    draw_count = 0;
+    counted_draws = 0;
 }
 
 // Does what the input layer does in a playback, but for the waiting.
@@ -290,7 +281,7 @@ void simulate(const recording& recording, bool trace, bool json) {
     report.add("shot_count", game.shot_count);
     report.add("active_shots", count_of(game.shots, game.shot_count, &shot::active));
     report.add("alive_enemies", count_of(game.ships, game.ship_count, &ship::alive));
-    report.add("draws", int64_t{draw_count});
+    report.add("draws", int64_t{counted_draws});
     report.add("hash", hex(tracer.hash));
     report.print(json);
 }

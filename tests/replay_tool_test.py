@@ -1,0 +1,311 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: The Quorvane project
+# SPDX-License-Identifier: MIT
+
+"""Drives quorvane-replay on golden recordings, on broken ones and on ones made here.
+
+    tests/replay_tool_test.py build/tools/quorvane-replay [ReplayTool.test_name ...]
+"""
+
+import csv
+import hashlib
+import json
+import os
+import pathlib
+import pty
+import re
+import shutil
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+GOLDEN = pathlib.Path(__file__).resolve().parent / "golden"
+TRACE = (GOLDEN / "trace-example.txt").read_bytes()
+SALT = bytes(range(77))
+SEED, TICK, UP, DOWN, MOUSE_X, MOUSE_Y = range(4, 28, 4)
+executable = None
+
+
+def index_of(folder):
+    with open(GOLDEN / folder / "index.tsv", newline="", encoding="utf-8") as file:
+        return list(csv.DictReader(file, delimiter="\t"))
+
+
+def golden(name):
+    return (GOLDEN / "games" / name).read_bytes()
+
+
+def events_of(image):
+    events, at = [], 75
+    while at < len(image):
+        width = image[at] & 3 or 4
+        events.append((image[at] & 0xfc, int.from_bytes(image[at + 1:at + 1 + width], "big")))
+        at += 1 + width
+    return events
+
+
+def image_of(events, score=0, name=b"Ada", created=None, salt=SALT):
+    # A signed file. An event may have a third item, its width.
+    body = b""
+    for kind, value, *width in events:
+        width = width[0] if width else max(1, (value.bit_length() + 7) // 8)
+        body += bytes([kind | width & 3]) + value.to_bytes(width, "big")
+    if created is None:
+        spent = sum(event[1] for event in events if event[0] == TICK)
+        created = (events[0][1] if events else 0) + spent // 1000 + 5
+    signed = (b"\0\3\0\4\0" + name.rjust(32) +
+              struct.pack(">III", score, created % 2**32, len(body)) + body)
+    return b"QRVNPL" + hashlib.sha1(signed + salt).digest() + signed
+
+
+class ReplayTool(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, self.folder)
+        (self.folder / "games").symlink_to(GOLDEN / "games")
+        self.write("salt", SALT)
+
+    def write(self, name, data):
+        (self.folder / name).write_bytes(data)
+        return name
+
+    def start(self, *arguments, **pipes):
+        pipes = {**dict.fromkeys(("stdin", "stdout", "stderr"), subprocess.PIPE), **pipes}
+        return subprocess.Popen([executable, *arguments], cwd=self.folder, **pipes)
+
+    def run_tool(self, *arguments, status=0, stdin=b""):
+        # Standard output. A failure has one line on standard error, but for a mere verdict.
+        tool = self.start(*arguments)
+        output, error = tool.communicate(stdin)
+        self.error = error.decode()
+        self.assertEqual(tool.returncode, status, (arguments, error))
+        self.assertLessEqual(self.error.count("\n"), status, arguments)
+        return output
+
+    def verify(self, *files, status=1):
+        output = self.run_tool("verify", "--json", "--salt-file", "salt", *files, status=status)
+        return [json.loads(line) for line in output.splitlines()]
+
+    def test_verdicts(self):
+        game = events_of(golden("0031-fireholder.rpl"))  # its last step kills, and scores 621
+        lemming = events_of(golden("0019-lemming.rpl"))
+        ticks = [i for i, event in enumerate(lemming) if event[0] == TICK]
+        kill = next(i for i, line in enumerate(TRACE.split(b"\n")) if line.split(b"\t")[4] == b"27")
+        until_kill = lemming[:ticks[kill] + 1]
+        quiet = [(SEED, 5), *[(TICK, 20 * (i > 0)) for i in range(9)]]
+        end = (TICK, 20)
+        # What is written, then verdict, matching score, end, and words of the reasons or remarks.
+        cases = [
+            (game, {"score": 1449}, "ok", "after", "self", ""),
+            (game, {"score": 828}, "ok", "before", "self", ""),
+            (game, {"score": 1448}, "wrong-score", "none", "self", ""),
+            (game, {"score": 1449, "salt": b""}, "bad-signature", "after", "self", ""),
+            (game[:-1], {"score": 828}, "ok", "both", "log", ""),
+            (until_kill, {"score": 0}, "ok", "before", "log", "above 100 ms 12 times"),
+            (until_kill, {"score": 27}, "unfinished", "after", "log", ""),
+            (quiet[:2], {"name": b"\xff" * 32}, "ok", "both", "log", ""),
+            (quiet + [(TICK, 2**31)], {}, "impossible", "both", "negative-tick", "2^31"),
+            (quiet + [(TICK, 2**31 - 9)], {}, "impossible", "both", "time-overflow", "2^31"),
+            (game + [end] * 2, {"score": 1449}, "impossible", "after", "self",
+             f"the game's end 2 times from event {len(game)}"),
+            (quiet + [(TICK, 0)] * 200000, {}, "impossible", "both", "frame-limit", "more frames"),
+            (quiet, {"created": 0}, "ok", "both", "log", "time at which the game began"),
+            (quiet, {"name": b"A\0da"}, "impossible", "both", "log", "zero byte"),
+            *[(log, {}, "impossible", "both", "log", words) for log, words in (
+                ([], "no frame"), (quiet[:1], "no frame"), (quiet[1:], "begin with a seed"),
+                ([(DOWN, 0)] + quiet, "begin with a seed"), (quiet + quiet, "second seed"),
+                (quiet[:1] + quiet[2:], "first frame time"), (quiet + [(DOWN, 8), end], "slot of 8"),
+                (quiet + [(UP, 300), end], "slot of 8"), (quiet + [(MOUSE_Y, 8), end], "mouse"),
+                (quiet + [(28, 8), end], "unknown type from event 10"),
+                (quiet + [(TICK, 20, 2)], "shortest form"), (quiet + [(DOWN, 6)], "last frame"))],
+            *[(quiet + log + [end], {}, "ok", "both", "log", words) for log, words in (
+                ([], ""), ([(TICK, 14), (TICK, 101)], "below 15 ms from event 10"),
+                ([(UP, 6), (UP, 6), (DOWN, 6), (DOWN, 6), (UP, 2), (DOWN, 2)], ""),  # fire: two keys
+                ([(UP, 6)] * 3, "of its slot"), ([(DOWN, 2)] * 2, "of its slot"))]]
+        names = [self.write(f"{i}.rpl", image_of(case[0], **case[1])) for i, case in enumerate(cases)]
+        for case, line in zip(cases, self.verify(*names), strict=True):
+            with self.subTest(str(case)[-120:]):
+                self.assertEqual((line["verdict"], line["matched"], line["end"]), case[2:5], line)
+                notes = line["reasons"] + (line["remarks"] if case[2] == "ok" else [])
+                self.assertIn(case[5], "; ".join(notes))
+                self.assertEqual(notes == [], case[5] == "", line)
+
+    def test_golden_games(self):
+        index = index_of("games")
+        possible = ("stalls", "poolgrowth", "wraps", "holehug")  # of the hostile ones
+        for row, line in zip(index, self.verify(*("games/" + row["file"] for row in index)), strict=True):
+            self.assertEqual([str(line[key]) for key in ("frames", "time", "end", "after")],
+                             [row[key] for key in ("frames", "last_time", "end", "score")], row)
+            hostile = "adv" in row["kind"] and not row["kind"].endswith(possible)
+            self.assertEqual(line["verdict"], "impossible" if hostile else "bad-signature", line)
+
+    def test_names_and_jobs(self):
+        names = [f"games/{row['file']}" for row in index_of("games")] + ["gone", "salt"]
+        lines = self.run_tool("verify", *names, status=2)
+        self.assertEqual(lines.split(b"\n")[-2], b"summary\t75 files\tok=0 bad-signature=42 unfinished=0 "
+                         b"wrong-score=0 impossible=31 broken=1 crashed=0 unreadable=1")
+        for options, given in ((["--jobs", "1", *names], ""), (["--jobs", "4", *names], ""),
+                               ([], "\n\n".join(names)), (["-0", "-"], "\0".join(names))):
+            self.assertEqual(self.run_tool("verify", *options, stdin=given.encode(), status=2), lines)
+        backwards = self.run_tool("verify", *names[::-1], status=2)
+        self.assertEqual(backwards.split(b"\n")[-3::-1], lines.split(b"\n")[:-2])
+
+    def test_broken_files(self):
+        for row in index_of("broken"):
+            path = str(GOLDEN / "broken" / row["file"])
+            status = {"0": 0, "-1": 2}.get(row["code"], 1)
+            for verb in ("info", "simulate", "dump"):
+                self.assertEqual(self.run_tool(verb, path, status=status) != b"", status == 0, row)
+                self.assertEqual(self.error.startswith(f"quorvane-replay: {path}: "), status > 0)
+            verdict = self.verify(path, status=status or 1)[0]["verdict"]
+            self.assertIn(verdict, (("bad-signature", "impossible"), ("broken",), ("unreadable",))[status])
+
+    def test_round_trip(self):
+        odd = [(kind, 5, width) for kind in range(0, 256, 4) for width in (1, 2, 3, 4)]
+        paths = [*(GOLDEN / "games").glob("*.rpl"), *(GOLDEN / "broken").glob("ok*.rpl"),
+                 self.folder / self.write("odd", image_of(odd, 2**32 - 1, bytes(range(224, 256))))]
+        self.assertGreater(len(paths), 75)
+        for path in paths:
+            self.assertEqual(self.run_tool("pack", "-", "-", stdin=self.run_tool("dump", str(path))),
+                             path.read_bytes(), path)
+
+    def test_packing(self):
+        image = golden("0014-adv-onlyseed.rpl")
+        text = self.run_tool("dump", "games/0014-adv-onlyseed.rpl").decode()
+        self.run_tool("pack", "-", "out", stdin=text.encode() + b"\n #\n 28 300  width 3 # odd\r\n")
+        expected = image[:74] + b"\x09" + image[75:] + b"\x1f\0\1\x2c"
+        self.assertEqual((self.folder / "out").read_bytes(), expected)
+        bad = [(text + line + "\n", text.count("\n") + 1) for line in (
+            "tick", "tock 1", "tick 4294967296", "tick x", "tick 1 2", "tick 1 width", "30 1", "256 1",
+            "tick 1 width 5", "tick 256 width 1", "tick 1 width 1 1", "tick " + "9" * 2000)]
+        bad += [(text.replace(was, new, 1), line) for was, new, line in (
+            ("text 1", "text 2", 1), ("a5", "a", 2), ("a5", "ax", 2), ("name", "nome", 3),
+            ("score 0", "score", 4), ("score 0", "score 0 0", 4))] + [("", 1), (text[:60], 2)]
+        for broken, line in bad:
+            self.run_tool("pack", self.write("text", broken.encode()), "no", status=1)
+            self.assertIn(f"text: line {line} ", self.error, broken[-40:])
+        self.assertFalse((self.folder / "no").exists())
+        self.run_tool("pack", "-", "no/where", stdin=text.encode(), status=2)
+
+    def test_simulate(self):
+        self.assertEqual(self.run_tool("simulate", "--trace", "games/0019-lemming.rpl"), TRACE)
+        for row in index_of("games")[::6]:
+            row["file"] = "games/" + row["file"]
+            state = json.loads(self.run_tool("simulate", "--json", row["file"]))
+            bits = state["position_bits"] + state["velocity_bits"] + [state["angle_bits"]]
+            state |= dict(zip(("px", "py", "vx", "vy", "angle"), bits), fresh=state["fresh_process"])
+            self.assertEqual({key: str(state[key]) for key in row if key != "kind"},
+                             {key: row[key] for key in row if key != "kind"})
+
+    def test_diff(self):
+        game = events_of(golden("0019-lemming.rpl"))
+        step = sum(event[0] == TICK for event in game[:50])
+        for other, steps, groups in (
+                (image_of(game), 726, ""), (TRACE, 726, ""), (image_of(game[:50]), step, "end"),
+                (image_of([(SEED, 1)] + game[1:]), 0, "generator waves"),
+                (image_of(game[:50] + [(DOWN, 2)] + game[50:]), step, "player keys"),
+                (image_of(game[:50] + [(TICK, 21)] + game[51:]), step, "clock player ships"),
+                (TRACE.replace(b"\t0\t27\t", b"\t0\t28\t", 1), 642, "player")):
+            line = json.loads(self.run_tool("simulate", "--json", "--diff", self.write("other", other),
+                                            "games/0019-lemming.rpl", status=int(groups != "")))
+            self.assertEqual((line["step"], line["groups"]), (steps, groups.split()), line)
+            self.assertEqual(line["result"], "parted" if groups else "same")
+        for other, status in (("salt", 1), ("gone", 2)):
+            self.run_tool("simulate", "--diff", other, "games/0019-lemming.rpl", status=status)
+
+    def test_info(self):
+        log = [(SEED, 9), (TICK, 0), (DOWN, 6), (UP, 6), (MOUSE_X, 1), (MOUSE_Y, 2), (0, 1), (TICK, 300)]
+        self.write("a", image_of(log, 77, b'A"\\\xe9\n\xc3\xa9', 1709208000))
+        self.assertEqual(json.loads(self.run_tool("info", "--json", "--salt-file", "salt", "a")), {
+            "file": "a", "size": 92, "name": 'A"\\\xe9\n\xe9', "score": 77, "created": 1709208000,
+            "date": "2024-02-29 12:00:00 UTC", "duration": 300, "frames": 2, "events": 8,
+            "types": {"seed": 1, "tick": 2, "key_up": 1, "key_down": 1, "mouse_x": 1, "mouse_y": 1,
+                      "unknown": 1}, "signature": "right"})
+        self.assertRegex(self.run_tool("info", "a").decode(), r'name \[A"\\\\\\xe9\\x0a\xe9\]\n'
+                         r"(.*\n)*created .*\(2024-02-29 12:00:00 UTC\)\n(.*\n)*signature wrong\n")
+
+    def test_documented_example(self):
+        text = (GOLDEN.parent.parent / "docs" / "replay-format.md").read_text(encoding="utf-8")
+        dump = re.findall(r"^    [0-9a-f]{8}:((?: [0-9a-f]{2})+)$", text, re.M)
+        self.write("example", bytes.fromhex("".join(dump)))
+        line = self.verify("example")[0]
+        self.assertEqual((line["reasons"], line["matched"], line["frames"]), ([], "both", 6))
+        hashes = re.findall(r"\| `([0-9a-f]{16})` \|$", text, re.M)
+        steps = self.run_tool("simulate", "--trace", "example").decode().split("\n")
+        self.assertEqual(hashes, [step.split("\t")[1] for step in steps[:6]])
+
+    def test_bad_input(self):
+        os.mkfifo(self.folder / "pipe")
+        self.write("huge", golden("0015-adv-empty.rpl"))
+        self.write("long", golden("0015-adv-empty.rpl")[:71] + b"\xff" * 4)
+        os.truncate(self.folder / "huge", 2**40)
+        os.truncate(self.folder / "long", 75 + 2**32 - 1)
+        for name, status, reason in (
+                ("gone", 2, "No such file"), ("games", 2, "directory"), ("pipe", 2, "not a regular"),
+                ("/dev/zero", 2, "not a regular"), ("huge", 1, "length"), ("long", 1, "larger than any")):
+            for verb in ("info", "verify", "simulate", "dump"):
+                self.run_tool(verb, name, status=status)
+                self.assertRegex(self.error, f"^quorvane-replay: {name}: .*{reason}")
+        for command in ("", "what a", "info", "info --jobs 2 a", "simulate a b", "simulate --what a",
+                        "simulate --trace --json a", "verify --jobs 0 a", "verify --jobs x a", "pack a",
+                        "verify --salt-file long a", "verify --salt-file gone a", "info --salt-file= a"):
+            self.assertEqual(self.run_tool(*command.split(), status=2), b"", command)
+            self.assertNotEqual(self.error, "")
+        for verb in ("", "info", "verify", "simulate", "dump", "pack"):
+            self.assertIn(f"quorvane-replay {verb}".encode(), self.run_tool(*verb.split(), "--help"))
+        self.assertRegex(self.run_tool("--version"), rb"^quorvane-replay \d+\.\d+\.\d+\n$")
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(subprocess.call([executable, "--help"], stdout=full, stderr=full), 2)
+
+    def test_crash(self):
+        # A judging process that dies costs its own file's verdict only.
+        self.write("slow", image_of([(SEED, 1)] + [(TICK, 0)] * 200000))
+        tool = self.start("verify", "--jobs", "1", "slow", "games/0019-lemming.rpl")
+        children = pathlib.Path(f"/proc/{tool.pid}/task/{tool.pid}/children")
+        while not children.read_text():
+            time.sleep(0.001)
+        os.kill(int(children.read_text().split()[0]), signal.SIGKILL)
+        output, error = tool.communicate()
+        self.assertRegex(output, b"^crashed\tslow\t.*Killed\nbad-signature\tgames/0019-lemming.rpl\t")
+        self.assertEqual((tool.returncode, error.count(b"\n")), (1, 1))
+
+    def test_export(self):
+        # Pictures of a game, drawn without a display by the game's own code.
+        if not executable.with_name("quorvane-export").exists():
+            self.skipTest("built without quorvane-export: EGL or libpng is missing")
+        game = ("export", "games/0009-ace-other.rpl", "--assets", str(GOLDEN.parent.parent))
+        seconds = ("--size", "320x240", "--fps", "1", "--from", "10", "--to", "12")
+        self.run_tool(*game, *seconds, "--frames", "pictures")
+        pictures = sorted((self.folder / "pictures").iterdir())
+        self.assertEqual([p.name for p in pictures], [f"frame-00000{i}.png" for i in range(3)])
+        for picture in pictures:
+            data = picture.read_bytes()
+            self.assertEqual(data[:24], b"\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR\0\0\1\x40\0\0\0\xf0")
+            self.assertGreater(len(data), 30000)  # an empty picture has not a tenth of that
+        self.assertEqual(len({picture.read_bytes() for picture in pictures}), 3)
+        for wrong, status in ((("--frames", "p", "--video", "v"), 2), (("--frames", "p", "--to", "x"), 2),
+                              (("--frames", "/dev/null/p"), 1), (("--frames", "p", "--assets", "gone"), 1)):
+            self.run_tool(*game, *wrong, status=status)
+            self.assertRegex(self.error, "^quorvane-export: ")
+
+    def test_progress(self):
+        # Verdicts come while names still do; a long run shows a bar on a terminal.
+        terminal, tool_end = pty.openpty()
+        tool = self.start("verify", stderr=tool_end)
+        for _ in range(2):
+            tool.stdin.write(b"games/0047-circler.rpl\n")
+            tool.stdin.flush()
+            self.assertRegex(tool.stdout.readline(), b"^bad-signature\tgames/0047")
+        self.assertRegex(os.read(terminal, 100), rb"^\r\[#+ *\] 2 of 2$")
+        self.assertRegex(tool.communicate()[0], b"^summary\t2 files\t")
+
+
+if __name__ == "__main__":
+    executable = pathlib.Path(sys.argv.pop(1)).resolve()
+    unittest.main(verbosity=2)
