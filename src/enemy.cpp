@@ -4,10 +4,9 @@
 #include "enemy.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
-#include <cstring>
 #include <iterator>
-#include <limits>
 
 #include "animation.h"
 #include "assertion.h"
@@ -90,22 +89,19 @@ double weave_sine(int32_t age) {
 // velocity's bits alone, whatever was asked before.
 vector across_flight_line(vector velocity, int32_t group) {
     struct result {
-        vector velocity;
+        bool known;
+        uint64_t x_bits;
+        uint64_t y_bits;
         vector across;
     };
-    constexpr double NEVER_ASKED = std::numeric_limits<double>::quiet_NaN();
-    static result results[GROUP_COUNT] = {};
-    static const bool cleared = [] {
-        for (result& result : results) {
-            result.velocity = {NEVER_ASKED, NEVER_ASKED};
-        }
-        return true;
-    }();
-    static_cast<void>(cleared);
+    static result results[GROUP_COUNT];
+    const auto x_bits = std::bit_cast<uint64_t>(velocity.x);
+    const auto y_bits = std::bit_cast<uint64_t>(velocity.y);
     result& last = results[group];
-    if (std::memcmp(&last.velocity, &velocity, sizeof(vector)) != 0) {
+    if (!last.known || last.x_bits != x_bits || last.y_bits != y_bits) {
         const double heading = math_vector_angle(velocity);
-        last = {velocity, {math_cos(heading + MATH_HALF_PI), math_sin(heading + MATH_HALF_PI)}};
+        const vector across = {math_cos(heading + MATH_HALF_PI), math_sin(heading + MATH_HALF_PI)};
+        last = {true, x_bits, y_bits, across};
     }
     return last.across;
 }

@@ -33,12 +33,11 @@
 #include "main.h"
 #include "replay.h"
 
-extern char** environ;
-
 namespace {
 
 constexpr int EXIT_USAGE = 2;
-constexpr int32_t LARGEST_SIDE = 8192;  // pixels
+constexpr int32_t SMALLEST_SIDE = 16;  // pixels
+constexpr int32_t LARGEST_SIDE = 8192;
 constexpr size_t BYTES_PER_PIXEL = 3;
 constexpr double MS_PER_SECOND = 1000.0;
 
@@ -87,11 +86,18 @@ bool parse_number(const char* text, double least, double most, double* number) {
     return end != text && *end == '\0' && *number >= least && *number <= most;
 }
 
+bool parse_side(const char** text, int32_t* side) {
+    char* end = nullptr;
+    const long number = std::strtol(*text, &end, 10);
+    const bool valid = end != *text && number >= SMALLEST_SIDE && number <= LARGEST_SIDE;
+    *side = valid ? static_cast<int32_t>(number) : 0;
+    *text = end;
+    return valid;
+}
+
 bool parse_size(const char* text, options* options) {
-    char rest = '\0';
-    return std::sscanf(text, "%5dx%5d%c", &options->width, &options->height, &rest) == 2 &&
-           options->width >= 16 && options->width <= LARGEST_SIDE && options->height >= 16 &&
-           options->height <= LARGEST_SIDE;
+    return parse_side(&text, &options->width) && *text++ == 'x' &&
+           parse_side(&text, &options->height) && *text == '\0';
 }
 
 bool parse_options(int count, char** arguments, options* options) {
@@ -276,6 +282,7 @@ public:
             "ffmpeg", "-loglevel", "error", "-y", "-f", "rawvideo", "-pix_fmt", "rgb24",      "-s",
             size,     "-r",        rate,    "-i", "-",  "-pix_fmt", "yuv420p",  options.video};
         std::vector<char*> arguments;
+        arguments.reserve(words.size() + 1);
         for (std::string& word : words) {
             arguments.push_back(word.data());
         }
