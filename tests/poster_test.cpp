@@ -32,7 +32,7 @@ public:
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof address;
         auto* generic = reinterpret_cast<sockaddr*>(&address);
-        bind(listener_, generic, size);
+        EXPECT_EQ(bind(listener_, generic, size), 0);
         EXPECT_EQ(listen(listener_, 1), 0);
         EXPECT_EQ(getsockname(listener_, generic, &size), 0);
         const std::string url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port));

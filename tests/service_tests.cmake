@@ -3,10 +3,14 @@
 
 # The real libraries below the program: libcurl, SDL_mixer, and the GL on a virtual display.
 
-# What third-party libraries never free is no leak of ours; the file says which and why.
-set(QUORVANE_SANITIZER_ENVIRONMENT
-    "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/lsan.supp:print_suppressions=0"
-    "UBSAN_OPTIONS=print_stacktrace=1")
+# What libraries of others never free is no leak of ours: lsan.supp says which and why.
+set(test_environment SDL_AUDIODRIVER=dummy)
+if(QUORVANE_SANITIZE)
+  add_library(keep_loaded SHARED keep_loaded.cpp)
+  list(APPEND test_environment
+       "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/lsan.supp:print_suppressions=0"
+       "ASAN_OPTIONS=verify_asan_link_order=0" "LD_PRELOAD=$<TARGET_FILE:keep_loaded>")
+endif()
 
 function(quorvane_service_test name)
   add_executable(${name} ${name}.cpp ${ARGN})
@@ -17,11 +21,11 @@ endfunction()
 function(quorvane_add_test)
   cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME;LIBRARY_PATH" "COMMAND")
   add_test(NAME ${arg_NAME} COMMAND ${arg_COMMAND} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
-  set(environment SDL_AUDIODRIVER=dummy ${QUORVANE_SANITIZER_ENVIRONMENT})
+  set(environment ${test_environment})
   if(arg_LIBRARY_PATH)
     list(APPEND environment "LD_LIBRARY_PATH=${arg_LIBRARY_PATH}")
   endif()
-  set_tests_properties(${arg_NAME} PROPERTIES ENVIRONMENT "${environment}" TIMEOUT 120)
+  set_tests_properties(${arg_NAME} PROPERTIES ENVIRONMENT "${environment}" TIMEOUT 300)
 endfunction()
 
 quorvane_service_test(poster_test)
