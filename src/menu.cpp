@@ -112,15 +112,24 @@ int32_t handle_text_key_up(SDLKey key) {
     }
 }
 
+// What every screen makes of the window's own events.
+int32_t window_result(const SDL_Event& event) {
+    switch (event.type) {
+        case SDL_QUIT:
+            return MENU_QUIT;
+        case SDL_VIDEORESIZE:
+            return MENU_RESIZE;
+        default:
+            return MENU_NONE;
+    }
+}
+
 // Events of the screens that only wait for an answer.
 int32_t poll_answer() {
     SDL_Event event;
     while (SDL_PollEvent(&event) != 0) {
-        if (event.type == SDL_QUIT) {
-            return MENU_QUIT;
-        }
-        if (event.type == SDL_VIDEORESIZE) {
-            return MENU_RESIZE;
+        if (const int32_t result = window_result(event); result != MENU_NONE) {
+            return result;
         }
         if (event.type == SDL_KEYUP && event.key.keysym.sym == SDLK_RETURN) {
             return MENU_CONFIRM;
@@ -217,11 +226,8 @@ int32_t menu_poll_navigation(menu* menu, int32_t* selection_id) {
 
     SDL_Event event;
     while (SDL_PollEvent(&event) != 0) {
-        if (event.type == SDL_QUIT) {
-            return MENU_QUIT;
-        }
-        if (event.type == SDL_VIDEORESIZE) {
-            return MENU_RESIZE;
+        if (const int32_t result = window_result(event); result != MENU_NONE) {
+            return result;
         }
         if (event.type != SDL_KEYUP) {
             continue;
@@ -310,22 +316,11 @@ int32_t menu_text_poll(menu* menu, char* buffer, uint32_t size, int32_t* length)
     }
     SDL_Event event;
     while (SDL_PollEvent(&event) != 0) {
-        int32_t result = MENU_NONE;
-        switch (event.type) {
-            case SDL_QUIT:
-                result = MENU_QUIT;
-                break;
-            case SDL_VIDEORESIZE:
-                result = MENU_RESIZE;
-                break;
-            case SDL_KEYDOWN:
-                result = handle_text_key_down(event.key.keysym.sym, buffer, size, length);
-                break;
-            case SDL_KEYUP:
-                result = handle_text_key_up(event.key.keysym.sym);
-                break;
-            default:
-                break;
+        int32_t result = window_result(event);
+        if (event.type == SDL_KEYDOWN) {
+            result = handle_text_key_down(event.key.keysym.sym, buffer, size, length);
+        } else if (event.type == SDL_KEYUP) {
+            result = handle_text_key_up(event.key.keysym.sym);
         }
         if (result != MENU_NONE) {
             return result;
