@@ -18,11 +18,15 @@ SCREEN_COMMANDS="Xvfb xdotool import identify convert"
 SCREEN_FEDORA="xorg-x11-server-Xvfb xdotool ImageMagick mesa-dri-drivers"
 SCREEN_ARCH="xorg-server-xvfb xdotool imagemagick mesa"
 
-TEST_DEBIAN="libgtest-dev libegl-dev libpng-dev python3 clang-format clang-tidy"
-TEST_COMMANDS="ctest python3 clang-format clang-tidy run-clang-tidy"
+TEST_DEBIAN="libgtest-dev libegl-dev libpng-dev python3 clang-format clang-tidy desktop-file-utils
+    appstream mandoc shared-mime-info x11-xserver-utils"
+TEST_COMMANDS="ctest python3 clang-format clang-tidy run-clang-tidy desktop-file-validate
+    appstreamcli mandoc update-mime-database xrandr"
 TEST_MODULES="gtest egl libpng"
-TEST_FEDORA="gtest-devel mesa-libEGL-devel libpng-devel python3 clang-tools-extra"
-TEST_ARCH="gtest libpng python clang"
+TEST_FEDORA="gtest-devel mesa-libEGL-devel libpng-devel python3 clang-tools-extra desktop-file-utils
+    appstream mandoc shared-mime-info xrandr"
+TEST_ARCH="gtest libpng python clang desktop-file-utils appstream mandoc shared-mime-info
+    xorg-xrandr"
 # Tests are skipped without these, and not every release has them.
 TEST_OPTIONAL_DEBIAN="libsdl1.2-compat"
 
@@ -101,4 +105,9 @@ require_for_testing() {
 require_for_benchmarks() {
     require "the benchmarks" "libbenchmark-dev python3" "google-benchmark-devel python3" \
         "benchmark python" "python3" "benchmark" "chocolate-doom freedoom"
+}
+
+require_for_packaging() {
+    require "packaging" "dpkg-dev file gzip libegl-dev libpng-dev" "dpkg-dev gzip" "dpkg gzip" \
+        "dpkg-shlibdeps gzip" "egl libpng"
 }

@@ -1,0 +1,14 @@
+# SPDX-FileCopyrightText: The Quorvane project
+# SPDX-License-Identifier: MIT
+
+# What has been built, installed, started as a player starts it, upgraded and removed.
+
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+
+foreach(case metadata links_in_documents ordinary_user_and_read_only_system upgrade
+             what_the_player_has_put_there failures screen_comes_back uninstall)
+  quorvane_add_test(NAME package.${case}
+                    COMMAND ${virtual_display} ${Python3_EXECUTABLE}
+                            ${CMAKE_CURRENT_SOURCE_DIR}/package_test.py ${CMAKE_COMMAND}
+                            ${CMAKE_BINARY_DIR} Package.test_${case})
+endforeach()
