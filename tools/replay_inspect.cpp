@@ -29,19 +29,79 @@ constexpr size_t CREATED_AT = 67;
 constexpr const char* TYPE_NAMES[] = {nullptr,    "seed",    "tick",   "key_up",
                                       "key_down", "mouse_x", "mouse_y"};
 
+// Frame times that need no remark, ms.
+constexpr uint32_t SHORTEST_USUAL = 15;
+constexpr uint32_t LONGEST_USUAL = 100;
+
 // The keys of one slot that may be down, at least and at most: a key can be down from before the
 // game, and a slot with two keys can be pressed twice.
 struct keys_down {
     int keys;  // that the slot has
     int least = 0;
     int most = keys;
+
+    constexpr bool can(int change) const { return least + change <= keys && most + change >= 0; }
+    constexpr keys_down changed(int change) const {
+        return {keys, std::clamp(least + change, 0, keys), std::clamp(most + change, 0, keys)};
+    }
+
+    // As a small number.
+    constexpr uint8_t state() const { return static_cast<uint8_t>(keys * 9 + least * 3 + most); }
+    static constexpr keys_down of(uint8_t state) { return {state / 9, state / 3 % 3, state % 3}; }
 };
+constexpr size_t STATE_COUNT = 27;
+
+// Nearly all of a log is frames of usual length and keys that their slots can give, two bytes each,
+// of which there is nothing to say. Their order is the player's, so that a processor cannot guess
+// it: tables tell them from the rest without a branch for each.
+constexpr uint8_t UNUSUAL = STATE_COUNT;
+constexpr size_t NO_SLOT = KEY_SPECIAL;       // for frames
+constexpr size_t UNUSUAL_SLOT = NO_SLOT + 1;  // for all else, in the state UNUSUAL
+
+struct usual_events {
+    uint8_t kind[256];                 // of a head byte: frame, release, press, other
+    uint8_t slot[4][256];              // of a kind and a value
+    uint8_t next[4][STATE_COUNT + 1];  // of a kind and the slot's state
+};
+constexpr usual_events USUAL = [] {
+    usual_events tables{};
+    std::fill(std::begin(tables.kind), std::end(tables.kind), uint8_t{3});
+    for (uint8_t kind = 0; kind < 4; ++kind) {
+        std::fill(std::begin(tables.slot[kind]), std::end(tables.slot[kind]),
+                  uint8_t{UNUSUAL_SLOT});
+        std::fill(std::begin(tables.next[kind]), std::end(tables.next[kind]), UNUSUAL);
+        tables.kind[(REPLAY_EVENT_TICK | 1) + 4 * kind] = kind;
+        for (uint8_t state = 0; kind < 3 && state < STATE_COUNT; ++state) {
+            const keys_down keys = keys_down::of(state);
+            const int change = kind == 0 ? 0 : kind == 1 ? -1 : 1;
+            if (keys.can(change)) {
+                tables.next[kind][state] = keys.changed(change).state();
+            }
+        }
+    }
+    for (uint32_t ms = SHORTEST_USUAL; ms <= LONGEST_USUAL; ++ms) {
+        tables.slot[0][ms] = NO_SLOT;
+    }
+    for (uint8_t slot = 0; slot < KEY_SPECIAL; ++slot) {
+        tables.slot[1][slot] = tables.slot[2][slot] = slot;
+    }
+    return tables;
+}();
+static_assert(REPLAY_EVENT_KEY_UP == REPLAY_EVENT_TICK + 4 &&
+              REPLAY_EVENT_KEY_DOWN == REPLAY_EVENT_TICK + 8);
 
 struct inspector {
     recording& log;
-    keys_down slots[KEY_SPECIAL] = {{2}, {2}, {1}, {1}, {1}, {1}, {2}, {2}};
+    uint8_t slots[UNUSUAL_SLOT + 1];  // states
     uint32_t first_value = 0;
     uint64_t frames_end = 0;  // index of the event behind the last frame
+
+    explicit inspector(recording* recording) : log(*recording) {
+        constexpr int KEYS[] = {2, 2, 1, 1, 1, 1, 2, 2, 0};  // of the slots, and of NO_SLOT
+        std::transform(std::begin(KEYS), std::end(KEYS), slots,
+                       [](int keys) { return keys_down{keys}.state(); });
+        slots[UNUSUAL_SLOT] = UNUSUAL;
+    }
 
     void note(std::vector<finding>* findings, const char* text) const {
         const auto known = std::find_if(findings->begin(), findings->end(),
@@ -60,18 +120,43 @@ struct inspector {
             impossible("a key slot of 8 or more");
             return;
         }
-        keys_down& slot = slots[event.value];
+        const keys_down keys = keys_down::of(slots[event.value]);
         const int change = event.type == REPLAY_EVENT_KEY_DOWN ? 1 : -1;
-        if (slot.least + change > slot.keys || slot.most + change < 0) {
+        if (!keys.can(change)) {
             remark("a press or release that the keys of its slot cannot give");
         }
-        slot.least = std::clamp(slot.least + change, 0, slot.keys);
-        slot.most = std::clamp(slot.most + change, 0, slot.keys);
+        slots[event.value] = keys.changed(change).state();
+    }
+
+    // Takes usual events (see below) up to the first other one, and returns the place behind them.
+    size_t take_usual_events(const uint8_t* bytes, size_t at, size_t size) {
+        const bool overflows = log.duration + LONGEST_USUAL * (size - at) >= TIME_LIMIT;
+        if (frames_end == 0 || log.steps_unseeded || overflows) {
+            return at;
+        }
+        uint64_t counts[] = {0, 0, 0};  // frames, releases, presses
+        for (; size - at >= 2; at += 2) {
+            const uint8_t value = bytes[at + 1];
+            const uint8_t kind = USUAL.kind[bytes[at]];
+            uint8_t& state = slots[USUAL.slot[kind][value]];
+            const uint8_t next = USUAL.next[kind][state];
+            if (next == UNUSUAL) {
+                break;
+            }
+            state = next;
+            ++counts[kind];
+            log.duration += kind == 0 ? value : 0;
+            frames_end =
+                kind == 0 ? log.event_count + counts[0] + counts[1] + counts[2] : frames_end;
+        }
+        for (size_t kind = 0; kind < std::size(counts); ++kind) {
+            log.type_counts[REPLAY_EVENT_TICK / 4 + kind] += counts[kind];
+            log.event_count += counts[kind];
+        }
+        return at;
     }
 
     void take_tick(uint32_t ms) {
-        constexpr uint32_t SHORTEST_USUAL = 15;
-        constexpr uint32_t LONGEST_USUAL = 100;
         const bool is_first = frames_end == 0;
         frames_end = log.event_count + 1;
         log.steps_unseeded |= log.type_counts[REPLAY_EVENT_SEED / 4] == 0;
@@ -192,9 +277,14 @@ load_status load(std::FILE* file, uint64_t size, recording* log, std::string* re
         *reason = "it cannot be read to its end";
         return LOAD_UNREADABLE;
     }
-    inspector inspector{*log};
+    inspector inspector(log);
     event_record event{};
     for (size_t at = sizeof(data); at < log->bytes.size();) {
+        const size_t behind = inspector.take_usual_events(log->bytes.data(), at, log->bytes.size());
+        if (behind > at) {
+            at = behind;
+            continue;
+        }
         if (!read_event(log->bytes, &at, &event)) {
             *reason = format("damaged: the event at byte %zu runs past the end", at);
             return LOAD_BROKEN;
