@@ -182,9 +182,15 @@ void enemy_spawn_ships(enemy_handler* handler, int32_t time, game* game, input* 
 
 void enemy_move_ship(const enemy_handler* handler, [[maybe_unused]] int32_t time, ship* enemy,
                      const ship* player) {
+    assert(player);
+    enemy_place_ship(handler, enemy);
+    enemy->angle = math_vector_angle(
+        {player->position.x - enemy->position.x, player->position.y - enemy->position.y});
+}
+
+void enemy_place_ship(const enemy_handler* handler, ship* enemy) {
     assert(handler);
     assert(enemy);
-    assert(player);
     assert(enemy->enemy_group >= 0);
     assert(enemy->enemy_group < GROUP_COUNT);
     const group_state& group = handler->groups[enemy->enemy_group];
@@ -195,8 +201,6 @@ void enemy_move_ship(const enemy_handler* handler, [[maybe_unused]] int32_t time
     const vector across = across_flight_line(enemy->velocity, enemy->enemy_group);
     enemy->position.x += across.x * weave;
     enemy->position.y += across.y * weave;
-    enemy->angle = math_vector_angle(
-        {player->position.x - enemy->position.x, player->position.y - enemy->position.y});
 }
 
 void enemy_shoot(const enemy_handler* handler, int32_t time, game* game, ship* enemy) {

@@ -48,6 +48,9 @@ void enemy_spawn_ships(enemy_handler* handler, int32_t time, game* game, input* 
 // function of the age: `time` changes nothing.
 void enemy_move_ship(const enemy_handler* handler, int32_t time, ship* enemy, const ship* player);
 
+// The first half of that: the place alone.
+void enemy_place_ship(const enemy_handler* handler, ship* enemy);
+
 // Lets the enemy fire if its interval has passed.
 void enemy_shoot(const enemy_handler* handler, int32_t time, game* game, ship* enemy);
 

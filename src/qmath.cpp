@@ -47,6 +47,13 @@ double math_vector_angle(vector v) {
     return math_wrap(fdlibm_atan2(v.y, v.x) + MATH_TWO_PI, MATH_TWO_PI);
 }
 
+void math_vector_angles(int32_t count, const double* xs, const double* ys, double* angles) {
+    fdlibm_atan2_many(count, ys, xs, angles);
+    for (int32_t i = 0; i < count; ++i) {
+        angles[i] = math_wrap(angles[i] + MATH_TWO_PI, MATH_TWO_PI);
+    }
+}
+
 double math_distance(const vector* a, const vector* b) {
     constexpr vector ORIGIN = {0.0, 0.0};
     const vector from = a != nullptr ? *a : ORIGIN;

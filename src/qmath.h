@@ -28,6 +28,8 @@ double math_wrap(double x, double m);
 
 // Direction of the vector in radians, in [0, 2 pi).
 double math_vector_angle(vector v);
+// The same for each of `count` vectors, sooner than one by one. No array overlaps another.
+void math_vector_angles(int32_t count, const double* xs, const double* ys, double* angles);
 
 // Distance between two points; a null pointer stands for the origin.
 double math_distance(const vector* a, const vector* b);

@@ -9,8 +9,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <limits>
 #include <map>
+#include <random>
 
 #include "fdlibm.h"
 #include "sim_support.h"
@@ -66,6 +68,45 @@ void compare_table(const std::string& path, size_t lines) {
 
 TEST(qmath, agrees_with_strict_math) { compare_table("math_vectors/vectors.tsv", 6315); }
 TEST(qmath, agrees_with_golden_results) { compare_table("golden/math.tsv", 7828); }
+
+// Many angles at once are the same angles, also where the quick way does not reach.
+TEST(qmath, angles_together_are_those_one_by_one) {
+    std::vector<double> values;
+    for (const double tenths : {4.375, 6.875, 11.875, 24.375, 10.0}) {  // where the series change
+        const double ratio = tenths / 10.0;
+        values.insert(values.end(),
+                      {ratio, std::nextafter(ratio, 0.0), std::nextafter(ratio, 9.0)});
+    }
+    values.insert(values.end(), {0.0, 1e-8, 1e8, 1e-300, 5e-324, 1e300, 1e-9, 1e9,
+                                 std::numeric_limits<double>::infinity(),
+                                 std::numeric_limits<double>::quiet_NaN()});
+    std::mt19937_64 random(5);
+    std::uniform_real_distribution<double> exponent(-30.0, 30.0);
+    for (int i = 0; i < 300; ++i) {
+        values.push_back(std::exp2(exponent(random)));
+    }
+    std::vector<double> xs;
+    std::vector<double> ys;
+    for (const double x : values) {
+        for (const double y : values) {
+            for (const int signs : {0, 1, 2, 3}) {
+                xs.push_back((signs & 1) != 0 ? -x : x);
+                ys.push_back((signs & 2) != 0 ? -y : y);
+            }
+        }
+    }
+    std::vector<double> angles(xs.size());
+    math_vector_angles(static_cast<int32_t>(xs.size()), xs.data(), ys.data(), angles.data());
+    int failures = 0;
+    for (size_t i = 0; i < xs.size() && failures < 10; ++i) {
+        const std::string expected = bits_of(math_vector_angle({xs[i], ys[i]}));
+        if (bits_of(angles[i]) != expected) {
+            ++failures;
+            ADD_FAILURE() << "(" << xs[i] << ", " << ys[i] << "): expected " << expected
+                          << ", actual " << bits_of(angles[i]);
+        }
+    }
+}
 
 // A search for the period would never end on these.
 TEST(qmath, wrap_returns_for_hopeless_arguments) {
