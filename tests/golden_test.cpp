@@ -5,7 +5,10 @@
 // a second implementation's, bit for bit. golden/README.md describes the files.
 
 #include <algorithm>
+#include <cstdio>
 #include <functional>
+#include <iterator>
+#include <map>
 #include <span>
 
 #include "sim_support.h"
@@ -90,6 +93,120 @@ INSTANTIATE_TEST_SUITE_P(all, golden_game, testing::Range(size_t{1}, games().siz
                          });
 
 TEST(golden, index_is_complete) { EXPECT_EQ(games().size(), 1 + 73U); }
+
+// What happened in a game, by what each step left behind.
+class coverage {
+public:
+    std::map<std::string, int> seen;
+    numbers sounds;  // of the step
+
+    void take(const game& game) {
+        const ship& player = game.players[0];
+        const enemy_handler& waves = *game.enemy_handler;
+        if (waves.current_group >= 0) {
+            ++seen["group " + std::to_string(waves.current_group)];
+            ++seen["wave of " + std::to_string(waves.groups[waves.current_group].wave_size)];
+        }
+        const int32_t points = player.score - score;
+        const bool one_kill = heard(SOUND_EXPLODE) == 1 && heard(SOUND_SHIELD_HIT) == 0;
+        seen["shot absorbed"] += static_cast<int>(heard(SOUND_SHIELD_HIT));
+        seen["chain with shots of its colour"] += one_kill && points == 270 + 3 * 9 ? 1 : 0;
+        seen["chain with the other colour"] += one_kill && points == 540 + 3 * 27 ? 1 : 0;
+        seen["chain broken"] += chain > 0 && player.chain_count == 0 ? 1 : 0;
+        seen["return fire"] += has_fired_back(game) ? 1 : 0;
+        seen["more than 100 shots"] += game.shot_count > 100 ? 1 : 0;
+        seen["past 100 s"] += game.time > 100000 ? 1 : 0;
+        if (game.over != 0) {
+            ++seen["lost to " + cause(game)];
+        }
+        score = player.score;
+        chain = player.chain_count;
+        place = player.position;
+        alive.clear();
+        std::transform(game.ships, game.ships + game.ship_count, std::back_inserter(alive),
+                       [](const ship& ship) { return ship.alive; });
+        sounds.clear();
+    }
+
+private:
+    ptrdiff_t heard(uint32_t sound) const { return std::ranges::count(sounds, sound); }
+
+    // A shot that is as old as the death of the enemy it begins at.
+    bool has_fired_back(const game& game) const {
+        const std::span<shot> shots(game.shots, size_t(game.shot_count));
+        for (size_t i = 0; i < alive.size(); ++i) {
+            const ship& enemy = game.ships[i];
+            if (alive[i] != 0 && enemy.alive == 0 &&
+                std::ranges::any_of(shots, [&enemy](const shot& shot) {
+                    return shot.active != 0 && shot.from_enemy != 0 && shot.age == 0 &&
+                           math_distance(&shot.position, &enemy.position) == 0.0;
+                })) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    std::string cause(const game& game) const {
+        const ship& player = game.players[0];
+        if (heard(SOUND_GAME_OVER) == 0) {
+            return "an enemy's hull";
+        }
+        if (animation_is_looping(player.animation) != 0) {  // taken with its sprite
+            return math_distance(&place, nullptr) < 1.0 ? "the hole" : "the edge";
+        }
+        for (const shot& shot : std::span(game.shots, size_t(game.shot_count))) {
+            if (shot.active == 0 && shot.age > 200 &&
+                math_distance(&shot.position, &player.position) < 0.2) {
+                return shot.from_enemy != 0 ? "an enemy's shot" : "its own shot";
+            }
+        }
+        return "nothing known";
+    }
+
+    int32_t score = 0;
+    int32_t chain = 0;
+    vector place = {};
+    std::vector<int32_t> alive;
+};
+
+// What no golden game shows, no golden game guards.
+TEST(golden, games_cover_the_rules) {
+    std::map<std::string, int> seen;
+    for (size_t i = 1; i < games().size(); ++i) {
+        if (games()[i][2] != "0") {
+            continue;
+        }
+        coverage game;
+        headless_services.on_sound = [&game](uint32_t id) { game.sounds.push_back(id); };
+        play(games()[i][0], [&game](const struct game& now, uint64_t) { game.take(now); });
+        for (const auto& [what, times] : game.seen) {
+            seen[what] += times > 0 ? 1 : 0;
+        }
+    }
+    headless_services = {};
+    strings wanted = {"wave of 3",
+                      "wave of 6",
+                      "chain with shots of its colour",
+                      "chain with the other colour",
+                      "chain broken",
+                      "shot absorbed",
+                      "return fire",
+                      "lost to the hole",
+                      "lost to the edge",
+                      "lost to an enemy's shot",
+                      "lost to its own shot",
+                      "lost to an enemy's hull",
+                      "more than 100 shots",
+                      "past 100 s"};
+    for (int group = 0; group < GROUP_COUNT; ++group) {
+        wanted.push_back("group " + std::to_string(group));
+    }
+    for (const std::string& what : wanted) {
+        std::printf("%3d games: %s\n", seen[what], what.c_str());
+        EXPECT_GT(seen[what], 0) << what;
+    }
+}
 
 // The first step that differs tells where to look; everything after it follows from it.
 TEST(golden, trace_agrees_step_by_step) {

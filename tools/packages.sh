@@ -18,9 +18,9 @@ SCREEN_COMMANDS="Xvfb xdotool import identify convert"
 SCREEN_FEDORA="xorg-x11-server-Xvfb xdotool ImageMagick mesa-dri-drivers"
 SCREEN_ARCH="xorg-server-xvfb xdotool imagemagick mesa"
 
-TEST_DEBIAN="libgtest-dev libegl-dev libpng-dev python3 clang-format clang-tidy desktop-file-utils
+TEST_DEBIAN="libgtest-dev libegl-dev libpng-dev python3 clang clang-format clang-tidy desktop-file-utils
     appstream mandoc shared-mime-info x11-xserver-utils"
-TEST_COMMANDS="ctest python3 clang-format clang-tidy run-clang-tidy desktop-file-validate
+TEST_COMMANDS="ctest python3 clang++ clang-format clang-tidy run-clang-tidy desktop-file-validate
     appstreamcli mandoc update-mime-database xrandr"
 TEST_MODULES="gtest egl libpng"
 TEST_FEDORA="gtest-devel mesa-libEGL-devel libpng-devel python3 clang-tools-extra desktop-file-utils
