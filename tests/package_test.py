@@ -92,6 +92,15 @@ class Package(unittest.TestCase):
             self.assertEqual(sorted(os.listdir(path)),
                              sorted(os.listdir(share / "quorvane" / path.name)))
 
+    def test_hardened_programs(self):
+        tree = self.install("usr")
+        for name in ("libexec/quorvane/quorvane", "bin/quorvane-replay"):
+            found = run("readelf", "-hldW", "--dyn-syms", tree / name).stdout
+            for wanted in (r"DYN \(Position-Independent", r"GNU_RELRO", r"BIND_NOW",
+                           r"GNU_STACK +\S+ \S+ \S+ \S+ \S+ RW ", r"__stack_chk_fail",
+                           r"__\w*printf_chk"):
+                self.assertRegex(found, wanted, name)
+
     def test_links_in_documents(self):
         pages = [*ROOT.glob("*.md"), *ROOT.glob("docs/*.md")]
         self.assertGreater(len(pages), 5)

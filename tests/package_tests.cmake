@@ -5,8 +5,12 @@
 
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
-foreach(case metadata links_in_documents ordinary_user_and_read_only_system upgrade
+set(cases metadata links_in_documents ordinary_user_and_read_only_system upgrade
              what_the_player_has_put_there failures screen_comes_back uninstall)
+if(NOT QUORVANE_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  list(APPEND cases hardened_programs)
+endif()
+foreach(case IN LISTS cases)
   quorvane_add_test(NAME package.${case}
                     COMMAND ${virtual_display} ${Python3_EXECUTABLE}
                             ${CMAKE_CURRENT_SOURCE_DIR}/package_test.py ${CMAKE_COMMAND}
