@@ -8,48 +8,81 @@ from canvas import *
 from typeface import letter_fields, text_width, write_text
 
 
+def metal(c, shape, top, bottom, tint):
+    """Polished metal in a shape (pixels): light above, a dark horizon, light below, a bevel along the edge."""
+    height = np.clip((c.py - top) / (bottom - top), 0, 1)
+    face = mix(mix(rgb("f4f9ff"), rgb("8fa4c4"), ramp(0.05, 0.46, height)),
+               mix(rgb("33415e"), rgb("d5e3f6"), ramp(0.50, 1.0, height)), ramp(0.46, 0.52, height))
+    face = mix(face, face * tint * 1.25, np.full(shape.shape, 0.62))
+    slope_y, slope_x = np.gradient(shape)
+    bevel = ramp(-5.5, -1.0, shape)  # 0 on the face, 1 at the edge
+    facing = np.clip(-0.75 * slope_y - 0.45 * slope_x, -1, 1)
+    lit = face + (bevel * facing)[..., None] * np.where(facing > 0, 0.62, 0.48)[..., None]
+    c.over(np.clip(lit, 0, 1), np.clip(0.5 - shape, 0, 1))
+    c.over(WHITE, 0.85 * np.clip(1.2 - np.abs(shape + 1.1), 0, 1) * np.clip(-slope_y, 0, 1) * (shape < 0.5))
+
+
 def splash():
-    """The title; its colour runs from the blue family to the red one."""
+    """The title in metal, blue at one end and red at the other; its O is the hole."""
     c = Canvas(1024, 128)
-    unit, baseline, pen, title = 7.6, 97.5, 6.4, "QUORVANE"
+    c.pixel = 1.0
+    unit, baseline, pen, title = 7.7, 98.0, 7.4, "QUORVANE"
     x = 512 - text_width(title) * unit / 2
-    shapes = [field - pen for field in letter_fields(c, title, x, baseline, unit)]
-    across = c.px / 1024
-    hue = np.where((across < 0.5)[..., None], mix(BLUE, ICE, ramp(0.12, 0.5, across)), mix(ICE, RED, ramp(0.5, 0.9, across)))
-    for side, colour in ((-1, BLUE), (1, RED)):  # a streak of light on either side, thinning outward
-        away = side * (c.px - 512)
-        streak = bell(c.py - 64, 1.6 + 2.4 * ramp(500, 430, away)) * ramp(428, 446, away) * ramp(508, 440, away)
-        c.over(mix(colour, WHITE, 0.5 * streak), streak)
+    shapes = [field - pen for field in letter_fields(c, title, x, baseline, unit, slant=0.10)]
+    across = (c.px - x) / (1024 - 2 * x)
+    tint = mix(mix(rgb("5fb0ff"), WHITE, ramp(0.0, 0.48, across)), rgb("ff6a48"), ramp(0.52, 1.0, across))
+    edge = ramp(1, 9, c.py) * ramp(127, 119, c.py) * ramp(2, 40, c.px) * ramp(1022, 984, c.px)
+    hole = shapes[title.index("O")]
+    middle_y, middle_x = np.argwhere(hole < 0).mean(0) + 0.5
+    dx, dy = c.px - middle_x, c.py - middle_y
+    r, angle = np.hypot(dx, dy), np.arctan2(dy, dx)
+    together = np.minimum.reduce([r - 44 if shape is hole else shape for shape in shapes])
+    c.over(tint * 0.9, edge * 0.50 * np.exp(-np.maximum(together, 0) / 7.5))
+    c.over(rgb("060a16"), edge * 0.75 * ramp(5.0, 1.5, together))
     for shape in shapes:
-        glow = 0.55 * np.exp(-np.maximum(shape, 0) / 6) * ramp(26, 8, shape)
-        c.over(hue, glow * ramp(0, 6, c.py) * ramp(128, 122, c.py))
-    for shape in shapes:
-        sheen = 0.75 * ramp(105, 35, c.py) + 0.25 * bell(shape + pen, 1.6)
-        c.over(mix(hue * 0.55, 0.35 * hue + 0.65 * WHITE, sheen), np.clip(0.5 - shape, 0, 1))
-        c.over(WHITE, 0.8 * np.clip(0.5 - np.abs(shape + 0.9) + 0.4, 0, 1) * ramp(90, 40, c.py))
+        if shape is not hole:
+            metal(c, shape, baseline - 9 * unit - pen, baseline + pen, tint)
+    streams = 0.75 + 0.25 * np.cos(3 * angle + r / 7)
+    c.over(mix(rgb("4aa0ff"), rgb("ff7a4a"), 0.5 + 0.5 * np.cos(angle)), edge * 0.9 * bell(r - 45, 8.5) * streams)
+    c.over(rgb("ffe9c8"), edge * bell(r - 40.5, 3.4))
+    c.over(WHITE, edge * bell(r - 39.5, 1.7))
+    c.over(BLACK, np.clip(38.3 - r, 0, 1))
+    for side, colour in ((-1, BLUE), (1, RED)):  # the plane in which everything falls: a streak across
+        away = side * dx
+        c.over(mix(WHITE, colour, ramp(40, 90, away)), edge * 0.75 * bell(dy + 0.06 * dx, 1.5) * ramp(38, 46, away) *
+               ramp(112, 50, away))
     return c
 
 
 def chain_banner(frame):
     """Frame 0 to 6 of the word that builds up: all letters stand there as outlines from the first frame, so
-    the word can be read although each frame lasts a twentieth of a second; one more is struck in each."""
+    the word can be read although each frame lasts a twentieth of a second; one more is struck in each, and the
+    last frame is the blow."""
     c = Canvas(512, 128)
-    unit, baseline, pen, word = 6.0, 92.0, 5.2, "CHAIN!"
+    c.pixel = 1.0
+    unit, baseline, pen, word = 6.0, 92.0, 5.6, "CHAIN!"
     fields = letter_fields(c, word, 256 - text_width(word) * unit / 2 - 2, baseline, unit, slant=0.18)
     finale = frame == 6
+    border = ramp(1, 10, c.py) * ramp(127, 118, c.py) * ramp(1, 16, c.px) * ramp(511, 496, c.px)
+    dx, dy = c.px - 256, c.py - 65
     if finale:
-        c.over(mix(WHITE, VIOLET, ramp(0, 14, np.abs(c.py - 65))),
-               0.8 * bell(c.py - 65, 5) * ramp(2, 90, c.px) * ramp(510, 422, c.px))
+        rays = np.maximum(1 + 0.8 * around(np.arctan2(dy * 2.2, dx), 40, seed=71, steepness=0.2), 0.15)
+        c.over(mix(WHITE, VIOLET, ramp(0, 40, np.abs(dy))), border * 0.62 * bell(dy, 34 * rays) * ramp(250, 60, np.abs(dx)))
+        c.over(WHITE, border * 0.9 * bell(dy, 4.0) * ramp(254, 90, np.abs(dx)))
+    else:
+        reach = 40 + 72 * (frame + 1)  # the light runs along the word ahead of its letters
+        c.over(VIOLET, border * 0.30 * bell(dy, 24) * ramp(reach, reach - 130, c.px) * ramp(2, 60, c.px))
     for k, field in enumerate(fields):
         shape = field - pen
-        border = ramp(0, 8, c.py) * ramp(128, 120, c.py)
         if k > frame:
-            c.over(VIOLET, 0.75 * np.clip(1.4 - np.abs(shape), 0, 1))
+            c.over(rgb("0c0a1c"), 0.45 * ramp(2.5, 0.5, shape))
+            c.over(VIOLET, 0.85 * np.clip(1.5 - np.abs(shape), 0, 1))
             continue
-        fresh = 1.0 if k == frame or finale else 0.35
-        c.over(VIOLET, border * fresh * 0.9 * np.exp(-np.maximum(shape, 0) / 7) * ramp(26, 6, shape))
-        face = mix(rgb("d9ccff"), WHITE, np.clip(fresh * 0.8 + 0.5 * ramp(90, 40, c.py), 0, 1))
-        c.over(face, np.clip(0.5 - shape, 0, 1))
+        fresh = 1.0 if k == frame or finale else 0.45
+        c.over(VIOLET, border * (0.35 + 0.6 * fresh) * np.exp(-np.maximum(shape, 0) / (5 + 4 * fresh)))
+        c.over(rgb("140c2c"), border * 0.8 * ramp(3.5, 1.0, shape))
+        metal(c, shape, baseline - 9 * unit - pen, baseline + pen, rgb("dccbff"))
+        c.over(WHITE, 0.62 * fresh * np.clip(0.5 - shape, 0, 1))
     return c
 
 
