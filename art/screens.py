@@ -120,23 +120,39 @@ def gauge_bar():
 
 
 def gauge():
-    """Frame of the gauge: outline of the slot, ticks at a chain of one, two and three, an arch for the number."""
+    """The instrument around the bar: a metal rim with glass over the slot and over the window for the number.
+
+    It is drawn over both, so the glass only reflects and hardly dims."""
     c = Canvas(1024, 128)
     c.pixel = 1.0
     wing = gauge_wing(c)
     d = np.abs(c.px - GAUGE_MIDDLE)
-    arch = polygon(d, c.py, [(-10, 26), (112, 26), (126, 38), (116, 78), (-10, 78)])
-    rail = np.abs(wing)
-    outline = np.minimum(rail, np.where(c.py < 78, np.abs(arch), 99))
-    c.over(BLACK, 0.25 * ramp(0, -2, wing) * ramp(-6, -2, wing))  # depth along the inner edge of the slot
-    c.over(ICE, 0.16 * np.exp(-outline / 4) * ramp(14, 4, outline))
-    c.over(mix(STEEL, ICE, ramp(100, 30, c.py)), 0.85 * np.clip(1.7 - outline, 0, 1))
+    arch = polygon(d, c.py, [(-10, 24), (110, 24), (128, 40), (118, 79), (-10, 79)])
+    outline = np.minimum(np.abs(wing), np.where(c.py < 79, np.abs(arch), 99))
+    c.over(ICE, 0.20 * np.exp(-outline / 5) * ramp(16, 4, outline))                 # the rim glows a little
+    # Glass: a sky reflected in the upper part, which ends in a soft line, and a tint below.
+    sky = np.array([0.75, 0.88, 1.0])
+    c.over(BLACK, 0.30 * np.clip(-wing, 0, 1) * ramp(-9, -1, wing))
+    slot_top = c.py - np.interp(d, [0, 112, 150, 480, 500], [85, 85, 68, 84, 92])
+    c.over(sky, np.clip(-wing, 0, 1) * (0.06 + 0.34 * ramp(8.5, 2, slot_top)))
+    c.over(sky, np.clip(-arch, 0, 1) * (0.05 + 0.15 * ramp(52, 46, c.py + 0.06 * (c.px - GAUGE_MIDDLE))
+                                        * ramp(58, 26, c.py)))
+    for minor in range(1, 18):                                                      # the scale
+        x = minor * 1024 / 36
+        c.over(WHITE, (0.35 if minor % 3 else 0.0) * np.clip(1.2 - np.abs(d - x), 0, 1) * np.clip(0.5 - wing - 1, 0, 1)
+               * ramp(90, 94, c.py))
     for third in (1, 2, 3):
         x = third * 1024 / 6 - (20 if third == 3 else 0)  # the last tick stays inside the slot
         c.over(WHITE, 0.85 * np.clip(1.8 - np.abs(d - x), 0, 1) * np.clip(0.5 - wing - 1, 0, 1))
-    for side, mark in ((-1, polygon(c.px, c.py, [(508, 14), (494, 20), (508, 26), (502, 20)])),
-                       (1, disc(c.px, c.py, 522, 20, 5))):
-        c.fill(mark, RED if side < 0 else BLUE_PALE, 0.9)
+    # The rim, thicker outside than inside, so that it takes little from the slot.
+    rim = np.minimum(np.maximum(wing - 4.5, -1.5 - wing), np.where(c.py < 79, np.maximum(arch - 4.5, -1.5 - arch), 99))
+    c.relief(rim, mix(STEEL, ICE, 0.25), 3.0, WHITE, 0.25)
+    # A lamp for each colour on the shoulders, in the shapes of the families.
+    for side, mark in ((-1, polygon(c.px, c.py, [(508, 10), (493, 16.5), (508, 23), (501, 16.5)])),
+                       (1, disc(c.px, c.py, 523, 16.5, 5.5))):
+        lamp = RED if side < 0 else BLUE_PALE
+        c.over(lamp, 0.45 * np.exp(-np.maximum(mark, 0) / 3.5) * ramp(12, 3, mark))
+        c.fill(mark, mix(lamp, WHITE, 0.35 * ramp(0, -4, mark)), 0.95)
     c.fade_out(ramp(511, 503, d))
     return c
 
