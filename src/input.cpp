@@ -4,6 +4,7 @@
 #include "input.h"
 
 #include <SDL.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <climits>
@@ -159,6 +160,11 @@ input* input_init(const char* filename) {
 int32_t input_read_file(replay* replay, const char* filename) {
     assert(replay);
     assert(filename);
+    // Opening a pipe would wait for somebody who writes into it, and a device need not have an end.
+    struct stat status {};
+    if (stat(filename, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
+        return READ_ERROR;
+    }
     const std::unique_ptr<SDL_RWops, stream_closer> stream(SDL_RWFromFile(filename, "rb"));
     if (!stream) {
         return READ_ERROR;

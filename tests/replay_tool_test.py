@@ -50,7 +50,7 @@ def events_of(image):
 
 def image_of(events, score=0, name=b"Ada", created=None, salt=SALT):
     # A signed file. An event may have a third item, its width.
-    body = b""
+    body = bytearray()
     for kind, value, *width in events:
         width = width[0] if width else max(1, (value.bit_length() + 7) // 8)
         body += bytes([kind | width & 3]) + value.to_bytes(width, "big")
@@ -183,7 +183,8 @@ class ReplayTool(unittest.TestCase):
         self.assertEqual((self.folder / "out").read_bytes(), expected)
         bad = [(text + line + "\n", text.count("\n") + 1) for line in (
             "tick", "tock 1", "tick 4294967296", "tick x", "tick 1 2", "tick 1 width", "30 1", "256 1",
-            "tick 1 width 5", "tick 256 width 1", "tick 1 width 1 1", "tick " + "9" * 2000)]
+            "tick 1 width 5", "tick 256 width 1", "tick 1 width 1 1", "tick " + "9" * 2000, "tick -1",
+            "tick +1", "tick 1\0", "tick 20 width -1", "# \0")]
         bad += [(text.replace(was, new, 1), line) for was, new, line in (
             ("text 1", "text 2", 1), ("a5", "a", 2), ("a5", "ax", 2), ("name", "nome", 3),
             ("score 0", "score", 4), ("score 0", "score 0 0", 4))] + [("", 1), (text[:60], 2)]
@@ -191,7 +192,17 @@ class ReplayTool(unittest.TestCase):
             self.run_tool("pack", self.write("text", broken.encode()), "no", status=1)
             self.assertIn(f"text: line {line} ", self.error, broken[-40:])
         self.assertFalse((self.folder / "no").exists())
-        self.run_tool("pack", "-", "no/where", stdin=text.encode(), status=2)
+        for command in (("-", "no/where"), (".", "out"), ("gone", "out"), ("-", "/dev/full")):
+            self.run_tool("pack", *command, stdin=text.encode(), status=2)
+        self.run_tool("pack", "-", "long", stdin=(text + "# " + "x" * 1021 + "tick 20").encode())
+        self.assertEqual((self.folder / "long").read_bytes(), image)
+        # A full disk leaves the file that was there.
+        limited = subprocess.run(["sh", "-c", 'ulimit -f 0; trap "" XFSZ; exec "$0" pack - out', executable],
+                                 input=text.encode(), cwd=self.folder, capture_output=True)
+        self.assertEqual((limited.returncode, limited.stderr.count(b"\n")), (2, 1))
+        self.assertEqual((self.folder / "out").read_bytes(), expected)
+        self.assertEqual({path.name for path in self.folder.iterdir()},
+                         {"games", "long", "out", "salt", "text"})
 
     def test_simulate(self):
         self.assertEqual(self.run_tool("simulate", "--trace", "games/0019-lemming.rpl"), TRACE)
@@ -216,8 +227,19 @@ class ReplayTool(unittest.TestCase):
                                             "games/0019-lemming.rpl", status=int(groups != "")))
             self.assertEqual((line["step"], line["groups"]), (steps, groups.split()), line)
             self.assertEqual(line["result"], "parted" if groups else "same")
-        for other, status in (("salt", 1), ("gone", 2)):
+        cut = TRACE.splitlines(keepends=True)
+        for other, status in (("salt", 1), ("gone", 2), (self.write("cut", b"".join(cut[:300])), 1),
+                              (self.write("odd", b"".join(cut[:9] + [b"what\n"] + cut[10:])), 1)):
             self.run_tool("simulate", "--diff", other, "games/0019-lemming.rpl", status=status)
+        os.mkfifo(self.folder / "pipe")
+        tool = self.start("simulate", "--diff", "pipe", "games/0019-lemming.rpl")
+        (self.folder / "pipe").write_bytes(TRACE)
+        self.assertIn(b"result same\n", tool.communicate()[0])
+        # A log without a seed and a game without a step are the same as themselves, too.
+        for log in ([(TICK, 20 * (i > 0)) for i in range(20000)], [(SEED, 1)]):
+            self.write("trace", self.run_tool("simulate", "--trace", self.write("log", image_of(log))))
+            for other in ("log", "trace"):
+                self.run_tool("simulate", "--diff", other, "log")
 
     def test_info(self):
         log = [(SEED, 9), (TICK, 0), (DOWN, 6), (UP, 6), (MOUSE_X, 1), (MOUSE_Y, 2), (0, 1), (TICK, 300)]
@@ -246,22 +268,59 @@ class ReplayTool(unittest.TestCase):
         self.write("long", golden("0015-adv-empty.rpl")[:71] + b"\xff" * 4)
         os.truncate(self.folder / "huge", 2**40)
         os.truncate(self.folder / "long", 75 + 2**32 - 1)
+        with_export = executable.with_name("quorvane-export").exists()
+        exporting = ["export --frames f"] if with_export else []
         for name, status, reason in (
                 ("gone", 2, "No such file"), ("games", 2, "directory"), ("pipe", 2, "not a regular"),
                 ("/dev/zero", 2, "not a regular"), ("huge", 1, "length"), ("long", 1, "larger than any")):
-            for verb in ("info", "verify", "simulate", "dump"):
-                self.run_tool(verb, name, status=status)
+            for verb in ("info", "verify", "simulate", "dump", *exporting):
+                self.run_tool(*verb.split(), name, status=status)
                 self.assertRegex(self.error, f"^quorvane-replay: {name}: .*{reason}")
         for command in ("", "what a", "info", "info --jobs 2 a", "simulate a b", "simulate --what a",
                         "simulate --trace --json a", "verify --jobs 0 a", "verify --jobs x a", "pack a",
                         "verify --salt-file long a", "verify --salt-file gone a", "info --salt-file= a"):
             self.assertEqual(self.run_tool(*command.split(), status=2), b"", command)
             self.assertNotEqual(self.error, "")
-        for verb in ("", "info", "verify", "simulate", "dump", "pack"):
+        for verb in ("", "info", "verify", "simulate", "dump", "pack", *exporting):
+            verb = verb.split(" ")[0]
             self.assertIn(f"quorvane-replay {verb}".encode(), self.run_tool(*verb.split(), "--help"))
+            with open("/dev/full", "wb") as full:
+                command = [executable, *verb.split(), "--help"]
+                self.assertEqual(subprocess.call(command, stdout=full, stderr=full), 2, verb)
+        error = json.loads(self.run_tool("info", "--json", "gone", status=2))
+        self.assertEqual(error, {"file": "gone", "error": "No such file or directory"})
         self.assertRegex(self.run_tool("--version"), rb"^quorvane-replay \d+\.\d+\.\d+\n$")
-        with open("/dev/full", "wb") as full:
-            self.assertEqual(subprocess.call([executable, "--help"], stdout=full, stderr=full), 2)
+
+    def test_hostile_names(self):
+        # What a terminal obeys, or what turns a line around, is shown and not done.
+        name = "\u202eA\u009b1m\U000e0041".encode()
+        self.write("a", image_of([(SEED, 9), (TICK, 0)], name=name))
+        line = self.run_tool("info", "--json", "a")
+        self.assertEqual(json.loads(line)["name"], name.decode())
+        self.assertIn(rb'"\u202eA\u009b1m\udb40\udc41"', line)
+        self.assertIn(rb"\xe2\x80\xaeA\xc2\x9b1m\xf3\xa0\x81\x81]", self.run_tool("info", "a"))
+        self.run_tool("verify", stdin=b"a\0gone\0", status=2)
+        self.assertIn("a\\x00gone\\x00: it has a zero byte in its name", self.error)
+
+    def test_scarcity(self):
+        # Neither a missing list nor a lack of room in the system is a verdict on a file.
+        folder = os.open(self.folder, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        tool = self.start("verify", stdin=folder)
+        self.assertRegex(tool.communicate()[1], b"^quorvane-replay: standard input: .*directory\n$")
+        self.assertEqual(tool.returncode, 2)
+        files = [f"games/{row['file']}" for row in index_of("games")][:20]
+        limited = subprocess.run(["sh", "-c", 'ulimit -n 12; exec "$0" "$@"', executable, "verify", "--jobs",
+                                  "12", *files], cwd=self.folder, capture_output=True)
+        self.assertEqual(limited.stdout, self.run_tool("verify", *files, status=1))
+        if b"__asan_init" in executable.read_bytes():
+            return  # it takes far more memory than any limit that would be of use here
+        self.write("large", golden("0015-adv-empty.rpl")[:71] + struct.pack(">I", 60 << 20))
+        os.truncate(self.folder / "large", 75 + (60 << 20))
+        for verb in (["info"], ["simulate"], ["verify"]):
+            limited = subprocess.run(["sh", "-c", 'ulimit -v 50000; exec "$0" "$@"', executable, *verb, "large"],
+                                     cwd=self.folder, capture_output=True)
+            self.assertEqual((limited.returncode, limited.stderr.count(b"\n")), (2, 1), limited)
 
     def test_crash(self):
         # A judging process that dies costs its own file's verdict only.
@@ -290,9 +349,24 @@ class ReplayTool(unittest.TestCase):
             self.assertGreater(len(data), 30000)  # an empty picture has not a tenth of that
         self.assertEqual(len({picture.read_bytes() for picture in pictures}), 3)
         for wrong, status in ((("--frames", "p", "--video", "v"), 2), (("--frames", "p", "--to", "x"), 2),
+                              (("--frames", "p", "--from", "3", "--to", "1"), 2), (("--what",), 2),
+                              (("--video", "v.mp4", "--size", "63x48"), 2), (("--frames", "pictures"), 1),
                               (("--frames", "/dev/null/p"), 1), (("--frames", "p", "--assets", "gone"), 1)):
             self.run_tool(*game, *wrong, status=status)
-            self.assertRegex(self.error, "^quorvane-export: ")
+            self.assertRegex(self.error, "^quorvane-replay: ")
+        # Whatever a log asks for, a game has an end, and so has the patience of who starts this.
+        self.write("slow", image_of([(SEED, 1)] + [(TICK, 0)] * 2000000))
+        self.run_tool("export", "slow", "--assets", str(GOLDEN.parent.parent), "--frames", "slow-frames",
+                      "--size", "16x16", "--fps", "1")
+        for stop in (signal.SIGINT, signal.SIGTERM):
+            folder = self.folder / f"stopped-{stop}"
+            tool = self.start(*game, "--frames", folder.name, "--size", "320x240")
+            while not (folder / "frame-000001.png").exists():
+                self.assertIsNone(tool.poll())
+                time.sleep(0.02)
+            tool.send_signal(stop)
+            tool.communicate()
+            self.assertEqual(tool.returncode, -stop)
 
     def test_progress(self):
         # Verdicts come while names still do; a long run shows a bar on a terminal.

@@ -18,20 +18,24 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "font.h"
 #include "game.h"
 #include "input.h"
+#include "json_writer.h"
 #include "main.h"
 #include "replay.h"
+#include "replay_inspect.h"
+#include "replay_run.h"
 
 namespace {
 
@@ -51,31 +55,29 @@ constexpr const char* USAGE =
     "  --fps N         pictures a second of game time, 1 to 1000, 50 unless given\n"
     "  --from S        first second of game time, 0 unless given\n"
     "  --to S          last second, the game's end unless given; at most 150\n"
-    "  --assets DIR    folder that holds graphics/, the working directory unless given\n"
+    "  --assets DIR    folder that holds graphics/; unless given, the working directory, or else\n"
+    "                  the installed ones\n"
     "  --help          this text\n"
     "\n"
-    "Exit status: 0 written, 1 the recording or the output is at fault, 2 wrong usage.\n";
+    "Exit status: 0 written, 1 the recording or the output is at fault, 2 wrong usage, or a file\n"
+    "that cannot be read.\n";
 
 struct options {
     std::string file;
     std::string frames;
     std::string video;
-    std::string assets = ".";
+    std::string assets;
     int32_t width = 1280;
     int32_t height = 720;
     int32_t fps = 50;
     double from = 0.0;
+    bool help = false;
     double to = GAME_DURATION / MS_PER_SECOND;  // no game lasts longer, whatever its log says
 };
 
-[[gnu::format(printf, 1, 2)]] bool complain(const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::fputs("quorvane-export: ", stderr);
-    std::vfprintf(stderr, format, arguments);
-    std::fputc('\n', stderr);
-    va_end(arguments);
-    return false;
+// Says why something cannot be done. Always false.
+bool refuse(std::string_view subject, std::string_view reason) {
+    return complain(subject, reason) == 0;
 }
 
 // --- Options --------------------------------------------------------------------------------
@@ -101,7 +103,7 @@ bool parse_size(const char* text, options* options) {
 }
 
 bool parse_options(int count, char** arguments, options* options) {
-    enum { FRAMES, VIDEO, SIZE, FPS, FROM, TO, ASSETS, HELP };
+    enum { FRAMES, VIDEO, SIZE, FPS, FROM, TO, ASSETS };
     constexpr option NAMES[] = {
         {"frames", required_argument, nullptr, FRAMES},
         {"video", required_argument, nullptr, VIDEO},
@@ -110,11 +112,12 @@ bool parse_options(int count, char** arguments, options* options) {
         {"from", required_argument, nullptr, FROM},
         {"to", required_argument, nullptr, TO},
         {"assets", required_argument, nullptr, ASSETS},
-        {"help", no_argument, nullptr, HELP},
+        {"help", no_argument, nullptr, 'h'},
         {nullptr, 0, nullptr, 0},
     };
     constexpr double LONGEST = GAME_DURATION / MS_PER_SECOND;
-    for (int choice = 0; (choice = getopt_long(count, arguments, "", NAMES, nullptr)) != -1;) {
+    opterr = 0;
+    for (int choice = 0; (choice = getopt_long(count, arguments, "h", NAMES, nullptr)) != -1;) {
         double number = 0.0;
         switch (choice) {
             case FRAMES:
@@ -125,38 +128,46 @@ bool parse_options(int count, char** arguments, options* options) {
                 break;
             case SIZE:
                 if (!parse_size(optarg, options)) {
-                    return complain("--size wants WxH from 16x16 to 8192x8192, not '%s'", optarg);
+                    return refuse(optarg, "--size wants WxH from 16x16 to 8192x8192");
                 }
                 break;
             case FPS:
                 if (!parse_number(optarg, 1.0, 1000.0, &number) ||
                     number != static_cast<int32_t>(number)) {
-                    return complain("--fps wants a whole number from 1 to 1000, not '%s'", optarg);
+                    return refuse(optarg, "--fps wants a whole number from 1 to 1000");
                 }
                 options->fps = static_cast<int32_t>(number);
                 break;
             case FROM:
             case TO:
                 if (!parse_number(optarg, 0.0, LONGEST, &number)) {
-                    return complain("--from and --to want seconds from 0 to 150, not '%s'", optarg);
+                    return refuse(optarg, "--from and --to want seconds from 0 to 150");
                 }
                 (choice == FROM ? options->from : options->to) = number;
                 break;
             case ASSETS:
                 options->assets = optarg;
                 break;
-            case HELP:
-                std::fputs(USAGE, stdout);
-                std::exit(0);
+            case 'h':
+                options->help = true;
+                return true;
             default:
-                return false;
+                return refuse("export",
+                              "an option that it does not take, or one without its value; see "
+                              "quorvane-replay export --help");
         }
     }
     if (optind + 1 != count) {
-        return complain("one recording, please; --help tells the rest");
+        return refuse("export", "one recording, please; see quorvane-replay export --help");
     }
     if (options->frames.empty() == options->video.empty()) {
-        return complain("either --frames or --video, please");
+        return refuse("export", "either --frames or --video, please");
+    }
+    if (options->to < options->from) {
+        return refuse("export", "--to is before --from");
+    }
+    if (!options->video.empty() && (options->width % 2 != 0 || options->height % 2 != 0)) {
+        return refuse("export", "videos have an even width and height");
     }
     options->file = arguments[optind];
     return true;
@@ -210,15 +221,15 @@ public:
         if (eglInitialize(display_, nullptr, nullptr) != EGL_TRUE ||
             eglBindAPI(EGL_OPENGL_API) != EGL_TRUE ||
             eglChooseConfig(display_, CONFIG, &config, 1, &count) != EGL_TRUE || count < 1) {
-            return complain("no OpenGL without a display here (EGL error 0x%x)",
-                            static_cast<unsigned>(eglGetError()));
+            return refuse("EGL", format("no OpenGL without a display here (error 0x%x)",
+                                        static_cast<unsigned>(eglGetError())));
         }
         EGLSurface surface = eglCreatePbufferSurface(display_, config, size);
         EGLContext context = eglCreateContext(display_, config, EGL_NO_CONTEXT, nullptr);
         if (surface == EGL_NO_SURFACE || context == EGL_NO_CONTEXT ||
             eglMakeCurrent(display_, surface, surface, context) != EGL_TRUE) {
-            return complain("OpenGL refuses a picture of %dx%d (EGL error 0x%x)", width, height,
-                            static_cast<unsigned>(eglGetError()));
+            return refuse("EGL", format("it refuses a picture of %dx%d (error 0x%x)", width, height,
+                                        static_cast<unsigned>(eglGetError())));
         }
         return true;
     }
@@ -257,7 +268,7 @@ bool write_png(const picture& picture, const std::string& path) {
     image.format = PNG_FORMAT_RGB;
     image.flags = PNG_IMAGE_FLAG_FAST;
     if (png_image_write_to_file(&image, path.c_str(), 0, picture.pixels.data(), 0, nullptr) == 0) {
-        return complain("%s: %s", path.c_str(), image.message);
+        return refuse(path, image.message);
     }
     return true;
 }
@@ -273,7 +284,7 @@ public:
     bool open(const options& options) {
         int ends[2];
         if (pipe(ends) != 0) {
-            return complain("no pipe: %s", std::strerror(errno));
+            return refuse("ffmpeg", std::strerror(errno));
         }
         const std::string size =
             std::to_string(options.width) + "x" + std::to_string(options.height);
@@ -299,8 +310,8 @@ public:
         if (failure != 0) {
             ::close(ends[1]);
             process_ = -1;
-            return complain("--video needs the program ffmpeg, which does not start: %s",
-                            std::strerror(failure));
+            return refuse("ffmpeg", format("--video needs this program, which does not start: %s",
+                                           std::strerror(failure)));
         }
         stream_ = fdopen(ends[1], "wb");
         return stream_ != nullptr;
@@ -348,15 +359,17 @@ bool draw_game(const options& options, input* input, encoder* encoder) {
         game_init(input, GAME_SHIP_COUNT, options.width, options.height), &game_destroy);
     picture picture = {options.width, options.height, {}};
     int32_t next = next_time(input);
+    uint64_t steps = 0;
     for (int64_t frame = 0;; ++frame) {
         // Each picture shows the last step that is not later than its own time, in ms.
         const double due =
             (options.from + static_cast<double>(frame) / options.fps) * MS_PER_SECOND;
-        while (next >= 0 && next <= due && game_is_over(game.get()) == 0) {
+        while (next >= 0 && next <= due && game_is_over(game.get()) == 0 && steps < FRAME_LIMIT) {
             game_step(game.get(), next);
             next = next_time(input);
+            ++steps;
         }
-        const bool ended = next < 0 || game_is_over(game.get()) != 0;
+        const bool ended = next < 0 || game_is_over(game.get()) != 0 || steps == FRAME_LIMIT;
         if (due > options.to * MS_PER_SECOND) {
             return true;
         }
@@ -365,7 +378,7 @@ bool draw_game(const options& options, input* input, encoder* encoder) {
         read_picture(&picture);
         if (encoder != nullptr) {
             if (!encoder->write(picture)) {
-                return complain("ffmpeg stopped taking pictures");
+                return refuse("ffmpeg", "it has stopped taking pictures");
             }
         } else {
             char name[32];
@@ -380,28 +393,47 @@ bool draw_game(const options& options, input* input, encoder* encoder) {
     }
 }
 
-bool run(options options) {
-    const std::unique_ptr<input, decltype(&input_destroy)> input(input_init(options.file.c_str()),
+bool has_pictures(const std::string& folder) {
+    return access((folder + "/graphics").c_str(), F_OK) == 0;
+}
+
+// The working directory or, if it has no pictures, the installation that this program is in.
+std::string found_assets() {
+    const std::string installed = own_folder() + ASSETS_FOLDER;
+    return has_pictures(".") || !has_pictures(installed) ? "." : installed;
+}
+
+bool run(options options, const recording& log) {
+    const std::unique_ptr<input, decltype(&input_destroy)> input(input_init(nullptr),
                                                                  &input_destroy);
-    if (input_is_replay(input.get()) == 0) {
-        return complain("%s: not a recording that can be played", options.file.c_str());
-    }
+    replay_reset(input->replay, 1);
+    replay_set_data(input->replay, log.bytes.data(), log.bytes.size());
+    input->is_replay = 1;
     if (!options.frames.empty()) {
         options.frames = absolute_path(options.frames);
         if (mkdir(options.frames.c_str(), 0777) != 0 && errno != EEXIST) {
-            return complain("%s: %s", options.frames.c_str(), std::strerror(errno));
+            return refuse(options.frames, std::strerror(errno));
+        }
+        if (access((options.frames + "/frame-000000.png").c_str(), F_OK) == 0) {
+            return refuse(options.frames, "it has pictures of an earlier export");
         }
     } else {
         options.video = absolute_path(options.video);
     }
+    if (options.assets.empty()) {
+        options.assets = found_assets();
+    }
     if (chdir(options.assets.c_str()) != 0) {
-        return complain("%s: %s", options.assets.c_str(), std::strerror(errno));
+        return refuse(options.assets, std::strerror(errno));
     }
 
     setenv("SDL_VIDEODRIVER", "dummy", 1);
     if (SDL_Init(SDL_INIT_VIDEO) < 0 ||
         SDL_SetVideoMode(options.width, options.height, 32, SDL_SWSURFACE) == nullptr) {
-        return complain("SDL: %s", SDL_GetError());
+        return refuse("SDL", SDL_GetError());
+    }
+    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+        std::signal(number, SIG_DFL);  // SDL makes events of them that nobody here looks at
     }
     offscreen context;
     if (!context.open(options.width, options.height)) {
@@ -409,7 +441,7 @@ bool run(options options) {
     }
     init_gl_state(options.width, options.height);
     if (load_textures() < 0) {
-        return complain("the pictures in %s/graphics cannot be loaded", options.assets.c_str());
+        return refuse(options.assets + "/graphics", "not all pictures can be loaded");
     }
     font_init();
     encoder encoder;
@@ -421,7 +453,7 @@ bool run(options options) {
     if (!draw_game(options, input.get(), to_video ? &encoder : nullptr)) {
         return false;
     }
-    return !to_video || encoder.close() || complain("ffmpeg failed");
+    return !to_video || encoder.close() || refuse("ffmpeg", "it has failed");
 }
 
 }  // namespace
@@ -432,7 +464,21 @@ int main(int argument_count, char** arguments) {
     if (!parse_options(argument_count, arguments, &options)) {
         return EXIT_USAGE;
     }
-    const bool written = run(options);
+    if (options.help) {
+        std::fputs(USAGE, stdout);
+        const bool is_told = std::fflush(stdout) == 0;
+        return is_told ? 0 : complain("standard output", std::strerror(errno));
+    }
+    int status = 0;
+    try {
+        recording log;
+        std::string reason;
+        status = recording_load(options.file, &log, &reason);
+        status = status != LOAD_OK ? complain(options.file, reason, status)
+                                   : (run(options, log) ? 0 : 1);
+    } catch (const std::bad_alloc&) {
+        status = complain("memory", "there is not enough of it");
+    }
     SDL_Quit();
-    return written ? 0 : 1;
+    return status;
 }

@@ -3,8 +3,9 @@
 
 # Sourced by ./play and ./check: what they need from the system, and how to get it.
 
-# Each set of needs: Debian packages, what shows that they are there (commands, then pkg-config
-# modules), and the packages of Fedora and Arch.
+# Each set of needs: Debian packages, what shows that they are there (commands, then modules: those
+# of pkg-config, and with "python:" before them those of the system's Python), and the packages of
+# Fedora and Arch.
 BUILD_DEBIAN="cmake make g++ pkg-config libsdl1.2-dev libsdl-mixer1.2-dev libsdl-image1.2-dev
     libgl-dev libglu1-mesa-dev libcurl4-openssl-dev"
 BUILD_COMMANDS="cmake make c++ pkg-config"
@@ -19,14 +20,17 @@ SCREEN_FEDORA="xorg-x11-server-Xvfb xdotool ImageMagick mesa-dri-drivers"
 SCREEN_ARCH="xorg-server-xvfb xdotool imagemagick mesa"
 
 TEST_DEBIAN="libgtest-dev libegl-dev libpng-dev python3 clang clang-format clang-tidy desktop-file-utils
-    appstream mandoc shared-mime-info x11-xserver-utils"
+    appstream mandoc shared-mime-info x11-xserver-utils python3-numpy python3-pil vorbis-tools
+    ffmpeg reuse cppcheck"
 TEST_COMMANDS="ctest python3 clang++ clang-format clang-tidy run-clang-tidy desktop-file-validate
-    appstreamcli mandoc update-mime-database xrandr"
-TEST_MODULES="gtest egl libpng"
+    appstreamcli mandoc update-mime-database xrandr oggdec ffmpeg reuse
+    cppcheck"
+TEST_MODULES="gtest egl libpng python:numpy python:PIL"
 TEST_FEDORA="gtest-devel mesa-libEGL-devel libpng-devel python3 clang-tools-extra desktop-file-utils
-    appstream mandoc shared-mime-info xrandr"
+    appstream mandoc shared-mime-info xrandr python3-numpy python3-pillow vorbis-tools ffmpeg-free
+    reuse cppcheck"
 TEST_ARCH="gtest libpng python clang desktop-file-utils appstream mandoc shared-mime-info
-    xorg-xrandr"
+    xorg-xrandr python-numpy python-pillow vorbis-tools ffmpeg reuse cppcheck"
 # Tests are skipped without these, and not every release has them.
 TEST_OPTIONAL_DEBIAN="libsdl1.2-compat"
 
@@ -45,7 +49,10 @@ missing_tools() {
         command -v "$name" >/dev/null || echo "$name"
     done
     for name in $2; do
-        pkg-config --exists "$name" 2>/dev/null || echo "$name.pc"
+        case $name in
+            python:*) /usr/bin/python3 -c "import ${name#*:}" 2>/dev/null || echo "$name" ;;
+            *) pkg-config --exists "$name" 2>/dev/null || echo "$name.pc" ;;
+        esac
     done
 }
 

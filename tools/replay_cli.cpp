@@ -9,10 +9,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -56,7 +58,7 @@ int load_file(const std::string& path, recording* log) {
     return status == LOAD_OK ? 0 : complain(path, reason, status);
 }
 
-void describe(const recording& log, const verify_options& options) {
+void describe(recording& log, const verify_options& options) {
     std::vector<std::string> types;
     std::vector<std::string> json_types;
     uint64_t named = 0;
@@ -82,7 +84,7 @@ void describe(const recording& log, const verify_options& options) {
     report.add("frames", static_cast<int64_t>(log.type_counts[REPLAY_EVENT_TICK / 4]));
     report.add("events", static_cast<int64_t>(log.event_count));
     report.add("types", joined(types, " "), '{' + joined(json_types, ",") + '}');
-    report.add("signature", signature_is_right(log, options.salt) ? "right" : "wrong");
+    report.add("signature", signature_is_right(&log, options.salt) ? "right" : "wrong");
     report.print(options.json);
 }
 
@@ -90,12 +92,21 @@ int run_info(const arguments& arguments) {
     int worst = 0;
     for (const std::string& path : arguments.common.files) {
         recording log;
-        const int status = load_file(path, &log);
-        if (status == 0) {
+        std::string reason;
+        const load_status status = recording_load(path, &log, &reason);
+        if (status == LOAD_OK) {
             describe(log, arguments.common);
+        } else {
+            if (arguments.common.json) {
+                report report;
+                report.add("file", path);
+                report.add("error", reason);
+                report.print(true);
+            }
+            complain(path, reason);
         }
         std::fflush(stdout);
-        worst = std::max(worst, status);
+        worst = std::max<int>(worst, status);
     }
     return worst;
 }
@@ -142,7 +153,7 @@ constexpr verb VERBS[] = {
      "  --salt-file SALT  check signatures with the 77 bytes of this file, not the built-in "
      "ones\n"},
     {"verify", run_verify, "jsJ0h", 0, SIZE_MAX,
-     "Usage: quorvane-replay verify [--json] [--salt-file SALT] [--jobs N] [FILE...]\n"
+     "Usage: quorvane-replay verify [--json] [--salt-file SALT] [--jobs N] [-0] [FILE...]\n"
      "Plays recordings again and prints a verdict for each, then a summary. Without FILE, or with\n"
      "-, the names come from standard input, one a line.\n"
      "  --json            one JSON object a file, on a line, and no summary\n"
@@ -183,9 +194,9 @@ constexpr const char* HELP =
 
 // Takes the options of a verb: null, or what is wrong with them.
 const char* take_options(const verb& verb, int argc, char** argv, arguments* arguments) {
-    constexpr long MOST_JOBS = 256;
+    constexpr size_t MOST_JOBS = 256;
     verify_options* const common = &arguments->common;
-    char* end = nullptr;
+    const char* end = nullptr;
     opterr = 0;
     for (int code = 0; (code = getopt_long(argc, argv, "0h", OPTIONS, nullptr)) != -1;) {
         if (code == '?' || std::strchr(verb.options, code) == nullptr) {
@@ -202,8 +213,9 @@ const char* take_options(const verb& verb, int argc, char** argv, arguments* arg
                 arguments->salt_file = optarg;
                 break;
             case 'J':
-                common->jobs = static_cast<size_t>(std::strtol(optarg, &end, 10));
-                if (*end != '\0' || common->jobs < 1 || common->jobs > MOST_JOBS) {
+                end = optarg + std::strlen(optarg);
+                if (std::from_chars(optarg, end, common->jobs).ptr != end || common->jobs < 1 ||
+                    common->jobs > MOST_JOBS) {
                     return "--jobs takes a number from 1 to 256";
                 }
                 break;
@@ -247,17 +259,13 @@ int run_verb(const verb& verb, int argc, char** argv) {
     return verb.run(arguments);
 }
 
-// Drawing needs libraries that nothing else here does, so it is a program of its own, installed
-// beside this one. Returns only if that is not there.
+// Drawing needs libraries that nothing else here does, so it is a program of its own: beside this
+// one where it is built, in a folder of its own where it is installed. Returns only if it is not
+// there.
 int run_export(char** argv) {
     const std::string program = "quorvane-export";
-    char here[4096];
-    const ssize_t length = readlink("/proc/self/exe", here, sizeof(here));
-    if (length > 0) {
-        const std::string path(here, static_cast<size_t>(length));
-        execv((path.substr(0, path.rfind('/') + 1) + program).c_str(), argv);
-    }
-    execvp(program.c_str(), argv);
+    execv((own_folder() + program).c_str(), argv);
+    execv((own_folder() + EXPORT_FOLDER "/" + program).c_str(), argv);
     return complain(program, std::strerror(errno));
 }
 
@@ -284,7 +292,17 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const int status = run(argc, argv);
+    int status = 0;
+    try {
+        status = run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        status = complain("memory", "there is not enough of it");
+    }
+    errno = 0;
     const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
-    return written ? status : complain("standard output", std::strerror(errno));
+    if (!written && status != 2) {
+        status =
+            complain("standard output", errno != 0 ? std::strerror(errno) : "cannot be written");
+    }
+    return status;
 }

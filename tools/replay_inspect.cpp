@@ -4,6 +4,7 @@
 #include "replay_inspect.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -13,6 +14,7 @@
 #include <ctime>
 #include <iterator>
 #include <memory>
+#include <string_view>
 
 #include "input.h"
 #include "json_writer.h"
@@ -270,6 +272,7 @@ load_status load(std::FILE* file, uint64_t size, recording* log, std::string* re
         log->impossible.push_back({"a zero byte in the name", 1, 0});
     }
 
+    log->bytes.reserve(static_cast<size_t>(size) + REPLAY_SALT_SIZE);
     log->bytes.resize(static_cast<size_t>(size));
     std::copy(std::begin(data), std::end(data), log->bytes.begin());
     const size_t rest = log->bytes.size() - sizeof(data);
@@ -314,6 +317,10 @@ std::FILE* open_regular(const std::string& path, uint64_t* size, std::string* re
     struct stat status {};
     // Looked at before it is opened: opening a pipe waits, opening a device may act.
     std::FILE* file = nullptr;
+    if (path.find('\0') != std::string::npos) {
+        *reason = "it has a zero byte in its name; names that end with one need -0";
+        return nullptr;
+    }
     if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         *reason = S_ISDIR(status.st_mode) ? "it is a directory" : "it is not a regular file";
         return nullptr;
@@ -324,6 +331,13 @@ std::FILE* open_regular(const std::string& path, uint64_t* size, std::string* re
     }
     *size = static_cast<uint64_t>(status.st_size);
     return file;
+}
+
+std::string own_folder() {
+    char path[4096];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof(path));
+    const std::string_view whole(path, static_cast<size_t>(std::max<ssize_t>(length, 0)));
+    return std::string(whole.substr(0, whole.rfind('/') + 1));
 }
 
 bool read_salt(const std::string& path, replay_salt* salt, std::string* reason) {
@@ -345,11 +359,13 @@ bool read_salt(const std::string& path, replay_salt* salt, std::string* reason) 
     return file != nullptr;
 }
 
-bool signature_is_right(const recording& log, const replay_salt& salt) {
-    std::vector<uint8_t> text(log.bytes.begin() + SIGNED_FROM, log.bytes.end());
-    text.insert(text.end(), salt.begin(), salt.end());
-    const auto digest = sha1(text.data(), text.size());
-    return std::equal(digest.begin(), digest.end(), log.bytes.begin() + SIGNATURE_AT);
+bool signature_is_right(recording* log, const replay_salt& salt) {
+    std::vector<uint8_t>& bytes = log->bytes;
+    const size_t size = bytes.size();
+    bytes.insert(bytes.end(), salt.begin(), salt.end());
+    const auto digest = sha1(bytes.data() + SIGNED_FROM, bytes.size() - SIGNED_FROM);
+    bytes.resize(size);
+    return std::equal(digest.begin(), digest.end(), bytes.begin() + SIGNATURE_AT);
 }
 
 std::vector<std::string> in_words(const std::vector<finding>& findings) {

@@ -66,10 +66,14 @@ load_status recording_load(const std::string& path, recording* recording, std::s
 // Opens a regular file for reading, or returns null and the reason.
 std::FILE* open_regular(const std::string& path, uint64_t* size, std::string* reason);
 
+// Where the running program is, with a slash at the end.
+std::string own_folder();
+
 // The salt in a file, or the built-in one for an empty path.
 bool read_salt(const std::string& path, replay_salt* salt, std::string* reason);
 
-bool signature_is_right(const recording& recording, const replay_salt& salt);
+// Leaves the recording as it was, but needs room behind its bytes for the salt.
+bool signature_is_right(recording* recording, const replay_salt& salt);
 
 std::vector<std::string> in_words(const std::vector<finding>& findings);
 

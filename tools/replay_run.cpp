@@ -3,12 +3,16 @@
 
 #include "replay_run.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <charconv>
 #include <cinttypes>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <iterator>
 
 #include "counted_random.h"
@@ -25,10 +29,10 @@ constexpr uint32_t UNSEEDED = 5489;  // the seed of a generator that was never s
 // The cells of a step's line, and the part of the state that each belongs to. The first ones are
 // the trace. The others see the whole of a part: two recordings part at the first step at which
 // anything differs.
-constexpr const char* COLUMNS[] = {"step",  "hash",   "time",    "over", "score", "x",
-                                   "y",     "angle",  "enemies", "pool", "shots", "free_shot_index",
-                                   "draws", "sounds", "seed",    "keys", "clock", "player",
-                                   "ships", "shots",  "waves"};
+constexpr const char* COLUMNS[] = {
+    "step",  "hash",    "time",       "over",        "score",           "x",          "y",
+    "angle", "enemies", "pool",       "shots",       "free_shot_index", "draws",      "sounds",
+    "seed",  "keys",    "clock_hash", "player_hash", "ships_hash",      "shots_hash", "waves_hash"};
 constexpr const char* GROUPS[] = {"clock",     "all",    "clock",     "clock", "player", "player",
                                   "player",    "player", "ships",     "shots", "shots",  "shots",
                                   "generator", "sounds", "generator", "keys",  "clock",  "player",
@@ -132,36 +136,53 @@ trace_lines lines_of(const recording& recording) {
     return lines;
 }
 
-// The lines of steps at the beginning of a text.
-trace_lines lines_of(std::FILE* file) {
-    trace_lines lines;
+// Reads the lines of the steps and the lines behind them, which say how many steps there are. False
+// if that is not what the text is, or not all of it.
+bool read_trace(std::FILE* file, trace_lines* lines) {
+    constexpr size_t MOST_LINES = FRAME_LIMIT + 100;
     char text[1024];
-    while (lines.size() <= FRAME_LIMIT && std::fgets(text, sizeof(text), file) != nullptr) {
+    std::string last_hash = hex(STATE_HASH_START);
+    bool has_frames = false;
+    bool has_hash = false;
+    for (size_t i = 0; i < MOST_LINES && std::fgets(text, sizeof(text), file) != nullptr; ++i) {
         std::string line = text;
         line.erase(line.find_last_not_of("\r\n") + 1);
-        if (std::count(line.begin(), line.end(), '\t') != TRACE_COLUMNS - 1) {
-            break;
+        if (std::count(line.begin(), line.end(), '\t') == TRACE_COLUMNS - 1) {
+            const size_t hash_at = line.find('\t') + 1;
+            last_hash = line.substr(hash_at, line.find('\t', hash_at) - hash_at);
+            lines->push_back(line);
         }
-        lines.push_back(line);
+        has_frames |= line == "frames " + std::to_string(lines->size());
+        has_hash = line == "hash " + last_hash;  // the last line
     }
-    return lines;
+    return has_frames && has_hash;
 }
 
+// A recording or a trace; the trace may come through a pipe.
 load_status load_other(const std::string& path, trace_lines* lines, std::string* reason) {
-    recording other;
-    const load_status status = recording_load(path, &other, reason);
-    if (status == LOAD_OK) {
-        *lines = lines_of(other);
-        return status;
+    struct stat status {};
+    const bool is_pipe = stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
+    if (!is_pipe) {
+        recording other;
+        const load_status loaded = recording_load(path, &other, reason);
+        if (loaded == LOAD_OK) {
+            *lines = lines_of(other);
+        }
+        if (loaded != LOAD_BROKEN) {
+            return loaded;
+        }
     }
-    uint64_t size = 0;
-    std::FILE* const file = open_regular(path, &size, reason);
-    if (file == nullptr) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
+                                                               std::fclose);
+    if (!file) {
+        *reason = std::strerror(errno);
         return LOAD_UNREADABLE;
     }
-    *lines = lines_of(file);
-    std::fclose(file);
-    return lines->empty() ? status : LOAD_OK;
+    if (!read_trace(file.get(), lines)) {
+        *reason = is_pipe ? "no whole trace" : "no recording, and no whole trace";
+        return LOAD_BROKEN;
+    }
+    return LOAD_OK;
 }
 
 std::vector<std::string> cells_of(const std::string& line) {
@@ -206,6 +227,7 @@ playback::playback(const recording& recording)
       input(input_init(nullptr), input_destroy),
       game(game_init(input.get(), GAME_SHIP_COUNT, 800, 600), game_destroy) {
     input->is_replay = 1;
+    input->seed = UNSEEDED;
     init_genrand(UNSEEDED);
     counted_draws = 0;
 }

@@ -3,14 +3,19 @@
 
 #include "replay_text.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cinttypes>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <sstream>
+#include <system_error>
 
 #include "json_writer.h"
 
@@ -55,21 +60,27 @@ std::string comment_on(const event_record& event, uint64_t time) {
     return has_name ? std::string(" # ") + SLOT_NAMES[event.value] : "";
 }
 
+bool parse_number(const std::string& word, uint32_t* number) {
+    const char* const end = word.data() + word.size();
+    const auto [behind, error] = std::from_chars(word.data(), end, *number);
+    return behind == end && error == std::errc();
+}
+
 bool pack_header_line(const header_field& field, const std::string& line, uint8_t* header) {
     std::istringstream words(line);
     std::string key;
     std::string digits;
     uint32_t number = 0;
-    if (!(words >> key) || key != field.key) {
+    if (!(words >> key) || key != field.key || !(words >> digits) || words >> key) {
         return false;
     }
     uint8_t* const data = header + field.at;
     if (field.width == 4) {
-        words >> number;
+        const bool is_number = parse_number(digits, &number);
         replay_write_32(data, number);
-        return !words.fail() && !(words >> key);
+        return is_number;
     }
-    bool good = words >> digits && digits.size() == 2 * field.width && !(words >> key);
+    bool good = digits.size() == 2 * field.width;
     for (size_t i = 0; good && i < field.width; ++i) {
         const char* const digit = digits.data() + 2 * i;
         good = std::from_chars(digit, digit + 2, data[i], 16).ptr == digit + 2;
@@ -81,16 +92,17 @@ bool pack_header_line(const header_field& field, const std::string& line, uint8_
 bool pack_event_line(const std::string& line, std::vector<uint8_t>* bytes) {
     std::istringstream words(line);
     std::string word;
+    std::string digits;
     uint32_t value = 0;
-    if (!(words >> word >> value)) {
+    if (!(words >> word >> digits) || !parse_number(digits, &value)) {
         return false;
     }
     uint32_t type = 0;
     while (type < 256 && word != type_word(type)) {
         type += 4;
     }
-    size_t width = shortest_width(value);
-    if (words >> word && (word != "width" || !(words >> width))) {
+    auto width = static_cast<uint32_t>(shortest_width(value));
+    if (words >> word && (word != "width" || !(words >> digits) || !parse_number(digits, &width))) {
         return false;
     }
     if (type == 256 || width < shortest_width(value) || width > 4 || words >> word) {
@@ -103,16 +115,38 @@ bool pack_event_line(const std::string& line, std::vector<uint8_t>* bytes) {
     return bytes->size() <= FILE_SIZE_LIMIT;
 }
 
+enum line_end { LINE, LAST_LINE, NO_TEXT };
+
+// The next line without its comment.
+line_end read_line(std::FILE* text, std::string* line) {
+    constexpr size_t LONGEST_LINE = 1024;  // far more than any that is dumped
+    line->clear();
+    bool is_comment = false;
+    int c = 0;
+    while ((c = std::getc(text)) != EOF && c != '\n') {
+        is_comment |= c == '#';
+        if (!is_comment) {
+            *line += static_cast<char>(c);
+        }
+        if (c == '\0' || line->size() > LONGEST_LINE) {
+            return NO_TEXT;
+        }
+    }
+    line->erase(line->find_last_not_of(" \t\r") + 1);
+    return c == EOF ? LAST_LINE : LINE;
+}
+
 // Packs a text. Returns the number of the line that cannot be packed, 0 if there is none.
 size_t pack_lines(std::FILE* text, std::vector<uint8_t>* bytes) {
     size_t line_number = 0;
     size_t taken = 0;  // lines that are not empty
-    char buffer[1024];
-    while (std::fgets(buffer, sizeof(buffer), text) != nullptr) {
+    std::string line;
+    for (line_end end = LINE; end == LINE;) {
+        end = read_line(text, &line);
         ++line_number;
-        std::string line = buffer;
-        line.resize(std::min(line.find('#'), line.size()));
-        line.erase(line.find_last_not_of(" \t\r\n") + 1);
+        if (end == NO_TEXT) {
+            return line_number;
+        }
         if (line.empty()) {
             continue;
         }
@@ -125,7 +159,42 @@ size_t pack_lines(std::FILE* text, std::vector<uint8_t>* bytes) {
         }
         ++taken;
     }
-    return taken <= std::size(HEADER_FIELDS) ? line_number + 1 : 0;
+    return taken <= std::size(HEADER_FIELDS) ? line_number : 0;
+}
+
+bool write_all(std::FILE* out, const std::vector<uint8_t>& bytes) {
+    return std::fwrite(bytes.data(), 1, bytes.size(), out) == bytes.size() && std::fflush(out) == 0;
+}
+
+// Writes a file whole or not at all: what was there stays until the new one is complete. Devices
+// and pipes are written as they are. False, with errno, if that fails.
+bool write_file(const std::string& path, const std::vector<uint8_t>& bytes) {
+    struct stat status {};
+    const bool is_there = stat(path.c_str(), &status) == 0;
+    if (is_there && !S_ISREG(status.st_mode)) {
+        std::FILE* const out = std::fopen(path.c_str(), "wb");
+        const bool written = out != nullptr && write_all(out, bytes);
+        return out != nullptr && std::fclose(out) == 0 && written;
+    }
+    std::string scratch = path + ".XXXXXX";
+    const int handle = mkstemp(scratch.data());
+    if (handle < 0) {
+        return false;
+    }
+    const mode_t mask = umask(0);
+    umask(mask);
+    fchmod(handle, is_there ? status.st_mode & 0777 : 0666 & ~mask);
+    std::FILE* const out = fdopen(handle, "wb");
+    const bool written = out != nullptr && write_all(out, bytes);
+    const int error = errno;
+    const bool closed = out != nullptr && std::fclose(out) == 0;
+    if (written && closed && std::rename(scratch.c_str(), path.c_str()) == 0) {
+        return true;
+    }
+    const int late_error = errno;
+    unlink(scratch.c_str());
+    errno = written ? late_error : error;
+    return false;
 }
 
 }  // namespace
@@ -163,18 +232,19 @@ int pack_recording(const std::string& text_path, const std::string& out_path) {
     struct replay empty {};
     std::vector<uint8_t> bytes(REPLAY_HEADER_SIZE);
     replay_construct_header(&empty, bytes.data(), bytes.size());
+    errno = 0;
     const size_t bad_line = pack_lines(text, &bytes);
+    const std::string error = std::ferror(text) != 0 ? std::strerror(errno) : "";
     std::fclose(text);
+    if (!error.empty()) {
+        return complain(text_path, error);
+    }
     if (bad_line != 0) {
         return complain(text_path, format("line %zu is no line of a dumped recording", bad_line),
                         1);
     }
     replay_write_32(&bytes[LENGTH_AT], static_cast<uint32_t>(bytes.size() - REPLAY_HEADER_SIZE));
 
-    std::FILE* const out = out_path == "-" ? stdout : std::fopen(out_path.c_str(), "wb");
-    if (out == nullptr || std::fwrite(bytes.data(), 1, bytes.size(), out) != bytes.size() ||
-        std::fflush(out) != 0) {
-        return complain(out_path, std::strerror(errno));
-    }
-    return 0;
+    const bool written = out_path == "-" ? write_all(stdout, bytes) : write_file(out_path, bytes);
+    return written ? 0 : complain(out_path, std::strerror(errno));
 }

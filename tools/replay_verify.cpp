@@ -12,11 +12,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <deque>
 #include <iterator>
+#include <new>
 
 #include "json_writer.h"
 #include "replay_run.h"
@@ -79,7 +81,7 @@ verdict judge(const std::string& path, const verify_options& options, std::strin
         log.impossible.push_back(
             {"an event after the game's end", log.event_count - run.events, run.events});
     }
-    const bool is_signed = signature_is_right(log, options.salt);
+    const bool is_signed = signature_is_right(&log, options.salt);
     const bool before = log.score == static_cast<uint32_t>(run.score_before);
     const bool after = log.score == static_cast<uint32_t>(run.score());
     verdict verdict = is_signed ? VERDICT_OK : VERDICT_BAD_SIGNATURE;
@@ -143,9 +145,17 @@ public:
     void read_some() {
         char chunk[4096];
         const ssize_t count = read(STDIN_FILENO, chunk, sizeof(chunk));
+        if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
+            return;
+        }
+        if (count < 0) {
+            failed = complain("standard input", std::strerror(errno)) != 0;
+        }
         buffer.append(chunk, static_cast<size_t>(std::max<ssize_t>(count, 0)));
         ended = count <= 0;
     }
+
+    bool has_failed() const { return failed; }
 
 private:
     static constexpr size_t LONGEST_NAME = 65536;  // longer than any system's
@@ -154,6 +164,7 @@ private:
     size_t given_out = 0;
     std::string buffer;
     bool ended = false;
+    bool failed = false;
 };
 
 // --- All files ------------------------------------------------------------------------------
@@ -204,10 +215,15 @@ public:
     int run() {
         std::string name;
         while (true) {
-            while (running < options.jobs && window.size() < WINDOW_LIMIT && names.next(&name)) {
-                start(name);
+            bool has_room = true;
+            while (has_room && running < options.jobs && window.size() < WINDOW_LIMIT &&
+                   (!name.empty() || names.next(&name))) {
+                has_room = start(name);
+                if (has_room) {
+                    name.clear();
+                }
             }
-            if (window.empty() && !names.waits()) {
+            if ((window.empty() && !names.waits()) || std::ferror(stdout) != 0) {
                 break;
             }
             await();
@@ -220,28 +236,50 @@ public:
             }
             std::puts("");
         }
-        return counts[VERDICT_UNREADABLE] > 0 ? 2 : counts[VERDICT_OK] < printed ? 1 : 0;
+        return counts[VERDICT_UNREADABLE] > 0 || names.has_failed() ? 2
+               : counts[VERDICT_OK] < printed                       ? 1
+                                                                    : 0;
     }
 
 private:
     // Verdicts that wait for an earlier one; a limit, in case that one takes long.
     static constexpr size_t WINDOW_LIMIT = 10000;
 
-    void start(const std::string& name) {
+    // False if the system has no room for one more process while others run: later, then.
+    bool start(const std::string& name) {
         int ends[2] = {-1, -1};
         const pid_t process = pipe(ends) == 0 ? fork() : -1;
         if (process == 0) {
-            std::string result;
-            const verdict verdict = judge(name, options, &result);
-            const ssize_t written = write(ends[1], result.data(), result.size());
-            _exit(written == static_cast<ssize_t>(result.size()) ? verdict : VERDICT_CRASHED);
+            judge_and_exit(name, ends[1]);
         }
+        const int error = errno;
         close(ends[1]);
+        if (process < 0 && running > 0) {
+            close(ends[0]);
+            return false;
+        }
         window.push_back({name, process, ends[0], VERDICT_CRASHED, ""});
         ++running;
         if (process < 0) {
-            finish(&window.back());
+            finish(&window.back(), std::strerror(error));
         }
+        return true;
+    }
+
+    // In the process of its own.
+    [[noreturn]] void judge_and_exit(const std::string& name, int pipe) const {
+        for (const job& other : window) {
+            close(other.pipe);
+        }
+        std::string result;
+        verdict verdict = VERDICT_UNREADABLE;
+        try {
+            verdict = judge(name, options, &result);
+        } catch (const std::bad_alloc&) {
+            result = failure(verdict, name, "there is not enough memory for it", options.json);
+        }
+        const ssize_t written = write(pipe, result.data(), result.size());
+        _exit(written == static_cast<ssize_t>(result.size()) ? verdict : VERDICT_CRASHED);
     }
 
     // Waits for a result, or for names if there is somebody to take them.
@@ -267,7 +305,7 @@ private:
         }
     }
 
-    void finish(job* job) {
+    void finish(job* job, const char* start_error = nullptr) {
         char chunk[4096];
         for (ssize_t count = 0; (count = read(job->pipe, chunk, sizeof(chunk))) > 0;) {
             job->result.append(chunk, static_cast<size_t>(count));
@@ -276,14 +314,16 @@ private:
         job->pipe = -1;
         --running;
         int status = 0;
-        const bool started = job->process > 0 && waitpid(job->process, &status, 0) > 0;
+        if (start_error == nullptr) {
+            waitpid(job->process, &status, 0);
+        }
         if (WIFEXITED(status) && WEXITSTATUS(status) < VERDICT_COUNT && !job->result.empty()) {
             job->verdict = WEXITSTATUS(status);
             return;
         }
-        const char* const how = !started              ? "could not start"
-                                : WIFSIGNALED(status) ? strsignal(WTERMSIG(status))
-                                                      : "gave no verdict";
+        const char* const how = start_error != nullptr ? start_error
+                                : WIFSIGNALED(status)  ? strsignal(WTERMSIG(status))
+                                                       : "gave no verdict";
         job->result = failure(VERDICT_CRASHED, job->name,
                               std::string("the process that judged it: ") + how, options.json);
     }
