@@ -32,9 +32,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libgl1-mesa-dri, x11-xserver-utils")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "ffmpeg")
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
-# What Debian wants and other systems do not: compressed manuals, the licences in one file.
+# What Debian wants and other systems do not: compressed manuals, a changelog of its own.
 set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_LIST_DIR}/debian.cmake")
-set(CPACK_QUORVANE_SOURCE_DIR "${CMAKE_SOURCE_DIR}")
+set(CPACK_POST_BUILD_SCRIPTS "${CMAKE_CURRENT_LIST_DIR}/same_bytes.cmake")
 set(CPACK_QUORVANE_RELEASE_DATE "${QUORVANE_RELEASE_DATE}")
 
 include(CPack)

@@ -9,15 +9,6 @@ endif()
 set(tree "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr")
 set(doc "${tree}/share/doc/quorvane")
 
-foreach(licence MIT CC-BY-4.0)
-  file(READ "${CPACK_QUORVANE_SOURCE_DIR}/LICENSES/${licence}.txt" text)
-  string(STRIP "${text}" text)
-  string(REGEX REPLACE "\n\n+" "\n.\n" text "${text}")
-  string(REPLACE "\n" "\n " text "${text}")
-  set(text_${licence} "${text}")
-endforeach()
-configure_file("${CMAKE_CURRENT_LIST_DIR}/debian-copyright.in" "${doc}/copyright" @ONLY)
-
 file(RENAME "${doc}/CHANGELOG.md" "${doc}/changelog")
 execute_process(COMMAND date -R -u -d "${CPACK_QUORVANE_RELEASE_DATE}" OUTPUT_VARIABLE day
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
@@ -31,8 +22,8 @@ file(WRITE "${doc}/changelog.Debian"
 file(GLOB_RECURSE pages "${tree}/share/man/*.[1-8]")
 execute_process(COMMAND gzip -9n ${pages} "${doc}/changelog" "${doc}/changelog.Debian"
                 COMMAND_ERROR_IS_FATAL ANY)
-file(CHMOD "${doc}/copyright" "${doc}/changelog.gz" "${doc}/changelog.Debian.gz" PERMISSIONS
-     OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+file(CHMOD "${doc}/changelog.gz" "${doc}/changelog.Debian.gz"
+     PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 
 # A game in /usr/games that comes with a tool for scoreboards in /usr/bin; no bug asked for it.
 file(WRITE "${tree}/share/lintian/overrides/quorvane"
