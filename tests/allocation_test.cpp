@@ -4,7 +4,7 @@
 // The program without memory: a whole run, with a game, its file and a playback, in which one of
 // its allocations fails. It must stop with an assertion or go on. Of each place in the code the
 // first two allocations and the last one fail in turn; with ALLOCATIONS=all in the environment, all
-// do.
+// do. And many games in one process, which must leave nothing behind.
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -15,6 +15,8 @@
 #include <fstream>
 #include <utility>
 
+#include "game.h"
+#include "input.h"
 #include "recorder.h"
 
 int program_main(int argument_count, char** arguments);
@@ -38,21 +40,36 @@ bool fails(void* caller) {
     return --until_failure == 0;
 }
 
+int64_t live_blocks = 0;
+
+void* counted(void* block) {
+    live_blocks += block != nullptr ? 1 : 0;
+    return block;
+}
+
 }  // namespace
 
 extern "C" {
 void* __real_malloc(size_t size);
 void* __real_calloc(size_t count, size_t size);
 void* __real_realloc(void* block, size_t size);
+void __real_free(void* block);
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker wants these names
 void* __wrap_malloc(size_t size) {
-    return fails(__builtin_return_address(0)) ? nullptr : __real_malloc(size);
+    return fails(__builtin_return_address(0)) ? nullptr : counted(__real_malloc(size));
 }
 void* __wrap_calloc(size_t count, size_t size) {
-    return fails(__builtin_return_address(0)) ? nullptr : __real_calloc(count, size);
+    return fails(__builtin_return_address(0)) ? nullptr : counted(__real_calloc(count, size));
 }
 void* __wrap_realloc(void* block, size_t size) {
-    return fails(__builtin_return_address(0)) ? nullptr : __real_realloc(block, size);
+    if (fails(__builtin_return_address(0))) {
+        return nullptr;
+    }
+    return block != nullptr ? __real_realloc(block, size) : counted(__real_realloc(block, size));
+}
+void __wrap_free(void* block) {
+    live_blocks -= block != nullptr ? 1 : 0;
+    __real_free(block);
 }
 // NOLINTEND(bugprone-reserved-identifier)
 }
@@ -151,6 +168,38 @@ TEST(allocation, every_failure_is_an_assertion_or_survived) {
     }
     for (const auto& [what, times] : ends) {
         std::printf("%5d %s\n", times, what.c_str());
+    }
+}
+
+TEST(allocation, games_leave_nothing) {
+    std::vector<fs::path> games;
+    for (const auto& entry : fs::directory_iterator("golden/games")) {
+        const std::string name = entry.path().filename();  // the made-up ones wait for days
+        if (name.ends_with(".rpl") && name.find("-adv-") == std::string::npos) {
+            games.push_back(entry.path());
+        }
+    }
+    ASSERT_GT(games.size(), 20U);
+    start_recording(800, 600);
+    const size_t count = std::getenv("ALLOCATIONS") != nullptr ? 200 : 10;
+    const int64_t before = live_blocks;
+    for (size_t i = 0; i < count; ++i) {
+        const std::string file = games[i * 7 % games.size()];
+        input* const played = input_init(file.c_str());
+        ASSERT_EQ(input_is_replay(played), 1) << file;
+        game* const game = game_init(played, GAME_SHIP_COUNT, 800, 600);
+        EXPECT_GT(live_blocks, before);
+        while (game_is_over(game) == 0) {
+            rec.trace.clear();
+            const int32_t time = input_tick(played);
+            if (time < 0) {
+                break;
+            }
+            game_step(game, time);
+        }
+        game_destroy(game);
+        input_destroy(played);
+        EXPECT_EQ(live_blocks, before) << file;
     }
 }
 

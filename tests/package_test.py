@@ -81,6 +81,10 @@ class Package(unittest.TestCase):
         icons = {str(path.relative_to(share / "icons/hicolor").parent): path
                  for path in share.glob("icons/hicolor/*/*/*")}
         self.assertEqual(len(icons), 16, sorted(icons))
+        shown = re.search("(?m)^application/x-quorvane-replay:(.*)$",
+                          (share / "mime" / "icons").read_text())[1]
+        self.assertEqual({path.stem for place, path in icons.items() if "mimetypes" in place},
+                         {shown})
         for place, path in icons.items():
             if not place.startswith("scalable"):
                 size = run("identify", "-format", "%wx%h", path).stdout
@@ -92,9 +96,19 @@ class Package(unittest.TestCase):
             self.assertEqual(sorted(os.listdir(path)),
                              sorted(os.listdir(share / "quorvane" / path.name)))
 
+    def test_notices_go_with_every_copy(self):
+        notices = (self.install("usr") / "share/doc/quorvane/copyright").read_text()
+        licences = set(re.findall(r"\n\nLicense: (\S+)\n ", notices))
+        for path in [*ROOT.glob("src/*"), *ROOT.glob("tools/*.*")]:
+            for holder in re.findall(r"(?m)^// SPDX-FileCopyrightText: (.*)$", path.read_text()):
+                self.assertIn(holder, notices, path.name)
+            for terms in re.findall(r"(?m)^// SPDX-License-Identifier: (.*)$", path.read_text()):
+                self.assertLessEqual(set(terms.split(" AND ")), licences, path.name)
+
     def test_hardened_programs(self):
         tree = self.install("usr")
-        for name in ("libexec/quorvane/quorvane", "bin/quorvane-replay"):
+        for name in ("libexec/quorvane/quorvane", "libexec/quorvane/quorvane-export",
+                     "bin/quorvane-replay"):
             found = run("readelf", "-hldW", "--dyn-syms", tree / name).stdout
             for wanted in (r"DYN \(Position-Independent", r"GNU_RELRO", r"BIND_NOW",
                            r"GNU_STACK +\S+ \S+ \S+ \S+ \S+ RW ", r"__stack_chk_fail",
@@ -117,6 +131,16 @@ class Package(unittest.TestCase):
                     anchors = [re.sub(r"[^\w\- ]", "", title.lower()).replace(" ", "-")
                                for title in titles]
                     self.assertIn(anchor, anchors, f"{page.name}: {target}")
+
+    def test_installed_export(self):
+        tree = self.install("usr")
+        if not (tree / "libexec/quorvane/quorvane-export").exists():
+            self.skipTest("built without quorvane-export: EGL or libpng is missing")
+        done = run(tree / "bin" / "quorvane-replay", "export",
+                   tree / "share/doc/quorvane/examples/duel.rpl", "--frames", "frames", "--size",
+                   "320x180", "--to", "0.1", "--fps", "10", cwd=self.home)
+        self.assertEqual((done.returncode, sorted(os.listdir(self.home / "frames"))),
+                         (0, ["frame-000000.png", "frame-000001.png"]), done.stdout)
 
     # --- The player's directory ----------------------------------------------------------------
 

@@ -5,8 +5,9 @@
 
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
-set(cases metadata links_in_documents ordinary_user_and_read_only_system upgrade
-             what_the_player_has_put_there failures screen_comes_back uninstall)
+set(cases metadata notices_go_with_every_copy links_in_documents installed_export
+             ordinary_user_and_read_only_system upgrade what_the_player_has_put_there failures
+             screen_comes_back uninstall)
 if(NOT QUORVANE_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   list(APPEND cases hardened_programs)
 endif()

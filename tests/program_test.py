@@ -2,336 +2,59 @@
 # SPDX-FileCopyrightText: The Quorvane project
 # SPDX-License-Identifier: MIT
 
-"""Uses the built program as a person does: real keys, real files, a real web server, and eyes that
-read the texts and numbers on the screen.
+"""Uses the built program as a person does.
 
 Runs on a display of its own (DISPLAY), from the project's root:
     tools/virtual-display 1280x1024 tests/program_test.py build/quorvane [Program.test_name ...]
 """
 
-import ctypes
-import http.server
+import array
+import cmath
+import hashlib
+import math
 import os
-import pathlib
+import re
 import signal
-import subprocess
-import sys
-import tempfile
-import threading
 import time
-import unittest
-from operator import mul
+import wave
+from operator import mul, sub
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
-GRAPHICS = ROOT / "graphics"
-DEFAULTS = "width=800\nheight=600\nname=Gamer\nreplay=replay.rpl\nmouse=0\nfullscreen=0\nmusic=1\n"
-DESKTOP = (1280, 1024)
-PATIENCE = 60  # seconds until something that must happen counts as missing
-executable = ROOT / "build" / "quorvane"
+import program_driver
+from program_driver import (DEFAULTS, DESKTOP, KEY_DOWN, KEY_UP, ROOT, SEED, TICK, Driver, Recording,
+                            recorded, run)
 
-
-def run(*command):
-    return subprocess.run([str(part) for part in command], check=True, stdout=subprocess.PIPE).stdout
+BROKEN = ROOT / "tests" / "golden" / "broken"
+GAMES = ROOT / "tests" / "golden" / "games"
 
 
-class Glyphs:
-    """Reads text drawn in one font at one size by comparing every cell with every glyph."""
-
-    def __init__(self, picture, crop, across, down, width, height, codes):
-        size = f"{across * width}x{down * height}!"
-        pixels = run("convert", GRAPHICS / picture, "-crop", crop, "+repage", "-resize", size,
-                     "-depth", "8", "rgba:-")
-        light = [max(pixels[i:i + 3]) * pixels[i + 3] for i in range(0, len(pixels), 4)]
-        stride = across * width
-        self.width, self.height, self.glyphs = width, height, {}
-        for index, code in codes.items():
-            corner = index // across * height * stride + index % across * width
-            rows = [light[corner + y * stride:][:width] for y in range(height)]
-            self.glyphs[code] = self.normal([value for row in rows for value in row])
-
-    @staticmethod
-    def normal(values):
-        """The values with mean 0 and length 1, so that a sum of products is a correlation."""
-        mean = sum(values) / len(values)
-        values = [value - mean for value in values]
-        length = sum(map(mul, values, values)) ** 0.5
-        return [value / length for value in values] if length > 0 else values
-
-    def read(self, image, x, y, count, advance=None, channel=max):
-        text = ""
-        for k in range(count):
-            left = round(x + k * (advance or self.width))
-            cell = self.normal(image.light(left, y, self.width, self.height, channel))
-            score, code = max((sum(map(mul, cell, glyph)), code)
-                              for code, glyph in self.glyphs.items())
-            text += code if score > 0.6 else " "
-        return text.rstrip()
+def development_salt():
+    table = (ROOT / "src" / "replay_salt.h").read_text().split("= {")[1]
+    salt, previous = b"", 0
+    for delta in re.findall(r"-?\d+", table):
+        previous = (previous + int(delta)) % 256
+        salt += bytes([previous])
+    return salt
 
 
-class Image:
-    """What the window shows."""
-
-    def __init__(self, width, height, pixels):
-        self.width, self.height, self.pixels = width, height, pixels
-
-    def light(self, x, y, width, height, channel):
-        """Row by row the strongest channel of every pixel, or with `min` what is white in it."""
-        values = []
-        for row in range(y, y + height):
-            at = (row * self.width + x) * 3
-            line = self.pixels[at:at + width * 3]
-            values += map(channel, line[0::3], line[1::3], line[2::3])
-        return values
-
-    def redness(self, x, y, width, height):
-        rows = [self.pixels[(row * self.width + x) * 3:][:width * 3]
-                for row in range(y, y + height)]
-        return sum(sum(row[0::3]) - sum(row[1::3]) for row in rows)
-
-
-class Board(http.server.BaseHTTPRequestHandler):
-    """The scoreboard: keeps what was posted and answers with a fixed text."""
-    protocol_version = "HTTP/1.1"
-    reply = b"You are number 1\nof 1 (50% off)\n"
-
-    def do_POST(self):
-        body = self.rfile.read(int(self.headers["Content-Length"]))
-        self.server.posts.append((self.path, self.headers["Content-Type"], body))
-        self.send_response(200)
-        self.send_header("Content-Length", str(len(self.reply)))
-        self.end_headers()
-        self.wfile.write(self.reply)
-
-    def log_message(self, *_):
-        pass
-
-
-def parse_replay(data):
-    """Name, score and length of the game in ms, as the header and the recorded frames tell them."""
-    position, total = 75, 0
-    while position < len(data):
-        size = data[position] & 3 or 4
-        if data[position] & 0xfc == 8:
-            total += int.from_bytes(data[position + 1:position + 1 + size], "big")
-        position += 1 + size
-    return data[31:63].decode().strip(), int.from_bytes(data[63:67], "big"), total
-
-
-class Program(unittest.TestCase):
-    def setUp(self):
-        scratch = tempfile.TemporaryDirectory()
-        self.addCleanup(scratch.cleanup)
-        self.folder = pathlib.Path(scratch.name)
-        for name in ("graphics", "sounds", "music"):
-            (self.folder / name).symlink_to(ROOT / name)
-        self.settings = self.folder / "qrvn-settings.dat"
-        self.replay = self.folder / "replay.rpl"
-        self.settings.write_text(DEFAULTS)
-        self.environment = dict(os.environ, SDL_AUDIODRIVER="dummy", no_proxy="")
-        self.process = None
-        self.window = None
-
-    # --- Hands ---------------------------------------------------------------------------------
-
-    def launch(self):
-        with open(self.folder / "stdout", "wb") as out, open(self.folder / "stderr", "wb") as err:
-            self.process = subprocess.Popen([executable], cwd=self.folder, stdout=out, stderr=err,
-                                            env=self.environment)
-        self.addCleanup(lambda: self.process.poll() is None and self.process.kill())
-
-    def start(self):
-        self.launch()
-        self.expect_size(800, 600)
-        self.expect_menu("Start game")
-
-    def key(self, *keys):
-        for name in keys:
-            run("xdotool", "keydown", name)
-            time.sleep(0.08)
-            run("xdotool", "keyup", name)
-            time.sleep(0.08)
-
-    def hold(self, *keys):
-        for name in keys:
-            run("xdotool", "keydown", name)
-
-    def release(self, *keys):
-        for name in keys:
-            run("xdotool", "keyup", name)
-
-    def choose(self, *entries):
-        """Goes down by so many entries in each list on the way, and takes what is there."""
-        for entry in entries:
-            self.key(*["Down"] * entry, "Return")
-
-    def close_window(self):
-        """Asks the window to close, as a window manager does."""
-        x11 = ctypes.CDLL("libX11.so.6")
-        x11.XOpenDisplay.restype = ctypes.c_void_p
-        display = ctypes.c_void_p(x11.XOpenDisplay(None))
-
-        class ClientMessage(ctypes.Structure):
-            _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong),
-                        ("sent", ctypes.c_int), ("display", ctypes.c_void_p),
-                        ("window", ctypes.c_ulong), ("message", ctypes.c_ulong),
-                        ("format", ctypes.c_int), ("data", ctypes.c_long * 5),
-                        ("room", ctypes.c_long * 24)]
-
-        protocols = x11.XInternAtom(display, b"WM_PROTOCOLS", 0)
-        delete = x11.XInternAtom(display, b"WM_DELETE_WINDOW", 0)
-        message = ClientMessage(33, 0, 1, None, self.window, protocols, 32,
-                                (ctypes.c_long * 5)(delete))
-        x11.XSendEvent(display, ctypes.c_ulong(self.window), 0, ctypes.c_long(0),
-                       ctypes.byref(message))
-        x11.XCloseDisplay(display)
-
-    # --- Eyes ----------------------------------------------------------------------------------
-
-    def wait_for(self, what, look, wanted):
-        deadline = time.monotonic() + PATIENCE
-        while True:
-            seen = look()
-            if wanted(seen) if callable(wanted) else seen == wanted:
-                return seen
-            if self.process.poll() is not None:
-                self.fail(f"the program ended with {self.process.returncode} before {what}: "
-                          f"{self.messages('stdout')}{self.messages('stderr')}")
-            if time.monotonic() > deadline:
-                run("import", "-window", "root", executable.parent / f"{self.id()}.png")
-                self.fail(f"{what}: wanted {wanted!r}, seen {seen!r}")
-            time.sleep(0.05)
-
-    def geometry(self):
-        found = subprocess.run(["xdotool", "search", "--name", "^Quorvane$"],
-                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
-        for window in found.stdout.split():
-            known = subprocess.run(["xdotool", "getwindowgeometry", "--shell", window],
-                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
-            fields = dict(line.split("=") for line in known.stdout.decode().splitlines())
-            if fields:
-                self.window = int(window)
-                return tuple(int(fields[name]) for name in ("WIDTH", "HEIGHT", "X", "Y"))
-        return None
-
-    def expect_size(self, width, height):
-        """Waits for the window to have that size, and does what a window manager would: puts it
-        where all of it can be seen, and the pointer on it, so that it gets the keys."""
-        self.wait_for("the window", self.geometry,
-                      lambda box: box is not None and box[:2] == (width, height))
-        run("xdotool", "windowmove", self.window, 0, 0)
-        run("xdotool", "mousemove", width // 2, height // 2)
-
-    def look(self):
-        width, height, x, y = self.geometry() or (800, 600, 0, 0)
-        shot = run("import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "+repage",
-                   "-depth", "8", "ppm:-")
-        _, size, _, pixels = shot.split(b"\n", 3)
-        image = Image(*map(int, size.split()), pixels)
-        if (image.width, image.height) != (width, height):  # the window is changing
-            image = Image(width, height, bytes(width * height * 3))
-        return image
-
-    def menu(self, entry, image=None):
-        image = image or self.look()
-        x, y = image.width // 2 - 190, 200 + 25 * entry
-        return TEXT[24].read(image, x, y, 20)
-
-    def expect_menu(self, first, selected=0):
-        """Waits for a list that begins with that title and has that entry highlighted."""
-        def highlighted():
-            image = self.look()
-            if self.menu(0, image) != first:
-                return None
-            red = [image.redness(image.width // 2 - 190, 200 + 25 * entry, 240, 24)
-                   for entry in range(6)]
-            return red.index(max(red))
-        self.wait_for(f"the list of '{first}'", highlighted, selected)
-
-    def typed(self):
-        image = self.look()
-        if TEXT[22].read(image, image.width // 2 - 380, 140, 6, 22.4) not in ("Player", "Replay"):
-            return None
-        text = TEXT[16].read(image, image.width // 2 - 380, 180, 30)
-        # The cursor is larger than the text; it is read as a part of it.
-        behind = image.width // 2 - 380 + 16 * len(text.rstrip("_"))
-        return text.rstrip("_") + TEXT[24].read(image, behind, 180, 1)
-
-    def expect_typed(self, text):
-        """Waits for a text entry with that text, the cursor behind it."""
-        self.wait_for("the text entry", self.typed, text + "_")
-
-    def expect_overlay(self, left, rows):
-        """Waits for the upload prompt or a message over the scene: rows by number, each beginning
-        `left` of the middle. The scene shines through, so that a letter may be misread."""
-        def misread():
-            image = self.look()
-            seen = [(TEXT[24].read(image, image.width // 2 - left, image.height // 2 - 150 + 50 * row,
-                                   len(text), channel=min), text) for row, text in rows.items()]
-            wrong = sum(a != b for read, text in seen for a, b in zip(read.ljust(len(text)), text))
-            return seen if wrong > 0.08 * sum(map(len, rows.values())) else []
-        self.wait_for("the overlay", misread, [])
-
-    def expect_prompt(self):
-        self.expect_overlay(286, {0: "     Upload scores?", 1: " [Return] Upload scores",
-                                  2: "   [Esc] Back to menu", 4: "       Scoreboard"})
-
-    def expect_message(self, *lines):
-        self.expect_overlay(364, dict(enumerate(lines)))
-
-    def hud(self):
-        """Score, and the time left in tenths of a second."""
-        image = self.look()
-        score = DIGITS.read(image, image.width - 530, 15, 10, channel=min).strip()
-        left = DIGITS.read(image, 20, 15, 5, channel=min).strip()
-        return (int(score), int(left)) if score.isdigit() and left.isdigit() else None
-
-    def messages(self, stream):
-        return (self.folder / stream).read_text()
-
-    def expect_end(self, status=0, stdout="", stderr=""):
-        self.assertEqual(self.process.wait(PATIENCE), status, self.messages("stderr"))
-        self.assertEqual(self.messages("stdout"), stdout)
-        self.assertEqual(self.messages("stderr"), stderr)
-
-    # --- Games ---------------------------------------------------------------------------------
-
-    def enter_game(self):
-        self.choose(0)
-        self.expect_typed("Gamer")
-        self.key("Return")
-        self.wait_for("the game", self.hud, lambda hud: hud is not None)
-
-    def fight_to_death(self):
-        """Backs off from the hole, spins and fires for a while, then flies on until it is lost."""
-        self.hold("s")
-        time.sleep(1.6)
-        self.release("s")
-        self.hold("Left", "space")
-        for _ in range(9):
-            self.key("Control_L")
-            time.sleep(0.9)
-        self.release("Left", "space")
-        self.hold("w")
-        self.expect_prompt()
-        self.release("w")
-
-    def serve(self):
-        server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Board)
-        server.posts = []
-        threading.Thread(target=server.serve_forever, daemon=True).start()
-        self.addCleanup(server.server_close)
-        self.addCleanup(server.shutdown)
-        # The scoreboard's host is built in: the library that posts can be led elsewhere.
-        self.environment["http_proxy"] = f"http://127.0.0.1:{server.server_port}"
-        return server.posts
-
+class Program(Driver):
     def test_first_start(self):
+        """Arguments and the environment mean nothing, and a key acts when it is released."""
         self.settings.unlink()
-        self.start()
+        self.environment.update(QUORVANE_WIDTH="320", QUORVANE="--fullscreen")
+        self.start("--help", "-width", "320", "%n%s", "")
         image = self.look()
         self.assertEqual([self.menu(i, image) for i in range(5)],
                          ["Start game", "Load replay", "Settings", "Quit", ""])
+        self.hold("Down")
         self.key("Up")
+        self.expect_menu("Start game", 3)
+        self.release("Down")
+        self.expect_menu("Start game")
+        run("xdotool", "windowsize", self.window, 700, 500)  # for the window system alone
+        self.wait_for("the small window", lambda: self.geometry()[:2], (700, 500))
+        self.key("Up")
+        self.assertEqual(self.geometry()[:2], (700, 500))
+        run("xdotool", "windowsize", self.window, 800, 600)
         self.expect_menu("Start game", 3)
         self.key("Up", "space")
         self.expect_menu("Resolution")
@@ -356,30 +79,30 @@ class Program(unittest.TestCase):
     def test_video_modes(self):
         """Games and mode changes in turn: every mode has its pictures, whatever a game left."""
         self.start()
-        self.choose(2, 0, 1)
-        self.expect_size(1024, 768)
-        self.expect_menu("Windowed 800x600", 1)
-        self.key("Escape", "Escape")
-        self.expect_menu("Start game", 2)
-        self.key("Up", "Up")
-        self.enter_game()
-        self.key("Escape")
-        self.expect_prompt()
-        self.key("Escape")
-        self.expect_menu("Start game")
-        self.choose(2, 0, 3)
-        self.expect_size(*DESKTOP)
-        self.expect_menu("Windowed 800x600", 3)
-        self.key("Escape", "Escape", "Down")
+        for entry, (width, height), fullscreen in (
+                (1, (1024, 768), 0), (3, DESKTOP, 1), (2, (1280, 720), 0), (5, (1024, 768), 1),
+                (1, (1024, 768), 0), (4, (800, 600), 1), (0, (800, 600), 0)):
+            self.choose(2, 0, entry)
+            self.expect_size(width, height)
+            self.expect_menu("Windowed 800x600", entry)
+            self.key("Escape", "Escape")
+            self.expect_menu("Start game", 2)
+            self.key("Up", "Up")
+            self.short_game()
+            self.assertEqual(self.settings.read_text(),
+                             f"width={width}\nheight={height}\nname=Gamer\nreplay=replay.rpl\n"
+                             f"mouse=0\nfullscreen={fullscreen}\nmusic=1\n")
+            self.key("Escape")
+            self.expect_menu("Start game")
+        self.key("Up")
         self.expect_menu("Start game", 3)
         self.key("Return")
         self.expect_end()
-        self.assertEqual(self.settings.read_text(),
-                         DEFAULTS.replace("800", "1280").replace("600", "1024")
-                         .replace("fullscreen=0", "fullscreen=1"))
+        self.assertEqual(self.settings.read_text(), DEFAULTS)
 
     def test_game_upload_and_playback(self):
-        posts = self.serve()
+        server = self.serve()
+        server.reply = b"You are number 1\nof 1 (50% off)\n"
         self.start()
         self.choose(0)
         self.expect_typed("Gamer")
@@ -391,7 +114,7 @@ class Program(unittest.TestCase):
         self.key("Return")
         printed = ""
         for attempt in range(4):  # a game without a single hit would prove little
-            self.wait_for("the game", self.hud, lambda hud: hud is not None)
+            self.expect_game()
             self.assertIn("\nname=Ann-2\n", self.settings.read_text())
             self.fight_to_death()
             score, time_left = self.hud()
@@ -403,16 +126,22 @@ class Program(unittest.TestCase):
             self.expect_typed("Ann-2")
             self.key("Return")
         self.assertGreater(score, 0)
-        self.assertEqual(posts, [])
+        self.assertEqual(server.posts, [])
         self.key("Return")
         self.expect_message("You are number 1", "of 1 (50% off)")
         printed += "Posting data to the server succeeded!\n"
 
         data = self.replay.read_bytes()
-        name, saved_score, length = parse_replay(data)
-        self.assertEqual(name, "Ann-2")
-        self.assertEqual((saved_score, (150000 - length) // 100), (score, time_left))
-        (path, kind, body), = posts
+        recording = Recording(data)
+        self.assertTrue(recording.intact)
+        self.assertEqual(recording.name, "Ann-2")
+        self.assertEqual(recording.hud(), (score, time_left))
+        self.assertEqual(recording.events[0], (SEED, recording.events[0][1]))
+        self.assertLess(recording.created - recording.events[0][1], recording.length / 1000 + 60)
+        salt = development_salt()
+        self.assertEqual(hashlib.sha1(data[26:] + salt).digest(), data[6:26])
+        self.assertNotIn(salt, program_driver.executable.read_bytes())
+        (path, kind, body), = server.posts
         self.assertEqual(path, "http://localhost:8080/quorva/uploader/upload.php")
         self.assertIn('name="submit"\r\n\r\nUpload file\r\n', body[:500].decode("latin-1"))
         self.assertIn(data + b"\r\n--" + kind.split("boundary=")[1].encode(), body)
@@ -426,8 +155,7 @@ class Program(unittest.TestCase):
         self.key("Tab")
         self.expect_typed("replay.rpl")
         self.key("Return")
-        self.expect_message("", "        Replay finished!", "     Please press enter to",
-                            "           continue...")
+        self.expect_finished()
         printed += "initialized replay correctly\n"
         self.assertEqual(self.hud(), (score, time_left))
         self.key("Return")
@@ -453,7 +181,7 @@ class Program(unittest.TestCase):
         self.choose(0)
         self.expect_typed("x")
         self.key("Return")
-        self.wait_for("the game", self.hud, lambda hud: hud is not None)
+        self.expect_game()
         self.close_window()  # ends the game, not yet the program
         self.expect_prompt()
         self.key("Return")  # fails, and so there is nothing to show
@@ -462,7 +190,7 @@ class Program(unittest.TestCase):
         self.choose(0)
         self.expect_typed("x")
         self.key("Return")
-        self.wait_for("the game", self.hud, lambda hud: hud is not None)
+        self.expect_game()
         self.key("w", "Escape")
         self.expect_prompt()
         self.close_window()
@@ -476,78 +204,345 @@ class Program(unittest.TestCase):
         self.key("Return")
         self.wait_for("the playback", self.hud, lambda hud: hud is not None)
         self.key("Escape")
-        self.expect_message("", "        Replay finished!")
+        self.expect_finished()
         self.key("Escape")
         self.expect_menu("Start game", 1)
         self.process.send_signal(signal.SIGTERM)
         self.expect_end(stdout="initialized replay correctly\n")
 
-    def test_nothing_but_pictures(self):
-        """No sounds, no music, no audio device, replays that cannot be read or written."""
-        (self.folder / "sounds").unlink()
-        (self.folder / "music").unlink()
-        self.environment["SDL_AUDIODRIVER"] = "no such driver"
-        self.replay.mkdir()
-        (self.folder / "b.rpl").write_bytes(b"no replay" * 20)
+    def test_every_screen_ends(self):
+        """Closing the window and signals to stop, wherever the player is: the game that was played is
+        saved, so are the settings, and nothing is posted that was not asked for."""
+        server = self.serve()
+        stops = (self.close_window, lambda: self.process.send_signal(signal.SIGINT),
+                 lambda: self.process.send_signal(signal.SIGTERM))
+        screens = (
+            ("a list", lambda: (self.choose(2), self.expect_menu("Resolution"))),
+            ("a name", lambda: (self.choose(0), self.expect_typed("Gamer"))),
+            ("a file", lambda: (self.choose(1), self.expect_typed("replay.rpl"))),
+            ("the prompt", self.short_game),
+            ("an answer", lambda: (self.short_game(), self.key("Return"),
+                                   self.expect_message("O"))),
+            ("a playback", lambda: (self.key("Down"), self.play_back())))
+        before = recorded([(SEED, 1), (TICK, 0)])
+        for number, (name, reach) in enumerate(screens):
+            with self.subTest(name):
+                self.replay.write_bytes(before)
+                self.settings.write_text(DEFAULTS + "more\n")
+                server.posts.clear()
+                self.start()
+                reach()
+                stops[number % 3]()
+                self.expect_end(stdout={"an answer": "Posting data to the server succeeded!\n",
+                                        "a playback": "initialized replay correctly\n"}.get(name, ""))
+                self.assertEqual(self.settings.read_text(), DEFAULTS)
+                self.assertEqual(len(server.posts), name == "an answer")
+                self.assertEqual(self.replay.read_bytes() != before,
+                                 name in ("the prompt", "an answer"))
+        for stop in stops[1:]:  # in a game and in a playback they end that first
+            self.start()
+            self.enter_game()
+            stop()
+            self.expect_prompt()
+            self.replay.write_bytes((GAMES / "0015-idle.rpl").read_bytes())
+            self.key("Escape")
+            self.expect_menu("Start game")
+            self.replay.write_bytes((GAMES / "0015-idle.rpl").read_bytes())
+            self.choose(1)
+            self.expect_typed("replay.rpl")
+            self.key("Return")
+            self.expect_game()
+            stop()
+            self.expect_finished()
+            stop()
+            self.expect_end(stdout="initialized replay correctly\n")
+
+    def test_names(self):
+        (self.folder / "x.rpl.rpl").touch()
+        for name in ("ab1.rpl", "ab2.rpl", "z" * 56 + ".rpl", "notes.txt", "c.RPL"):
+            (self.folder / name).touch()
+        listed = [name for name in os.listdir(self.folder) if re.fullmatch("[^.]*[.]rpl", name)]
         self.start()
-        self.enter_game()
+        self.choose(0)
+        self.expect_typed("Gamer")
+        self.key("q", "Tab", "r")  # Tab starts over
+        self.expect_typed("r")
+        self.key("BackSpace", *["n"] * 20)
+        self.hold("BackSpace")
+        self.expect_typed("")
+        self.release("BackSpace")
+        self.hold("shift")
+        self.key("a", "9")
+        self.release("shift")
+        self.key("slash", "9", "comma", "space", "period", "minus", "F1", "x", "BackSpace")
+        self.expect_typed("A99 .-")
+        run("xdotool", "type", "--delay", "20", "b" * 60)
+        self.key("Return")
+        self.expect_game()
+        name = "A99 .-" + "b" * 43
+        self.assertIn(f"\nname={name}\n", self.settings.read_text())
         self.key("Escape")
         self.expect_prompt()
         self.key("Escape")
         self.expect_menu("Start game")
-        self.choose(1)
-        self.expect_typed("replay.rpl")
-        self.key("Return")
-        self.expect_menu("Start game", 1)
-        self.key("Return")
-        self.expect_typed("replay.rpl")
-        self.key("b", "Tab")
-        self.expect_typed("b.rpl")
-        self.key("Return")
+        self.assertEqual(self.recording().name, name[:32])
+        self.replay.unlink()
+
+        self.key("Down", "Return")
+        for typed, completed in (("", listed[0]), ("ab", next(f for f in listed if f[:2] == "ab")),
+                                 ("x", "x"), ("c", "c"), ("zz", "z" * 49)):
+            self.key(*(typed or ["BackSpace"]))
+            self.expect_typed(typed)
+            self.key("Tab")
+            if len(completed) < 49:
+                self.expect_typed(completed)
+        self.key("Return")  # cut, it names no file
         self.expect_menu("Start game", 1)
         self.key("Escape")
-        self.assertEqual(self.process.wait(PATIENCE), 0)
-        first, *others = self.messages("stdout").splitlines()
-        self.assertRegex(first, "^Mix_OpenAudio: .")
-        self.assertEqual(others, ['Error opening file "replay.rpl" for saving',
-                                  "Error -107 initializing replay file",
-                                  "Error -101 initializing replay file"])
+        self.expect_end(stdout="Error -1 initializing replay file\n")
+        self.assertEqual(self.settings.read_text(), DEFAULTS.replace("Gamer", name)
+                         .replace("replay.rpl", "z" * 49))
 
-    def test_failing_starts(self):
-        """What stops the start, each with its messages and status; the settings stay as they are."""
-        pictures = self.folder / "graphics"
-        pictures.unlink()
-        pictures.mkdir()
-        for picture in GRAPHICS.iterdir():
-            (pictures / picture.name).symlink_to(picture)
-        absurd = DEFAULTS.replace("800", "1000000")
-        for missing, settings, driver, status, message in (
-                ("gui_cursor.png", DEFAULTS, None, 253,
-                 "Error -3 loading static textures\nError -1 loading textures\n"),
-                ("enemy_explosion_4.png", DEFAULTS, None, 253,
-                 "Error -3 loading explosion textures\nError -7 loading textures\n"),
-                (None, absurd, None, 254, "Error -1 initializing video to 1000000x600\n"),
-                (None, absurd.replace("1000000", "-5"), None, 254,
-                 "Error -1 initializing video to -5x600\n"),
-                (None, DEFAULTS, "no such driver", 255, "Error -1 initializing SDL library\n")):
-            with self.subTest(missing=missing, settings=settings, driver=driver):
-                if missing:
-                    (pictures / missing).unlink()
-                if driver:
-                    self.environment["SDL_VIDEODRIVER"] = driver
-                self.settings.write_text(settings)
-                self.launch()
-                self.expect_end(status, stderr=message +
-                                ("glGetError() == 0\n" if status != 255 else ""))
-                self.assertEqual(self.settings.read_text(), settings)
-                if missing:
-                    (pictures / missing).symlink_to(GRAPHICS / missing)
+    @staticmethod
+    def difference(scene, other):
+        return sum(map(abs, map(sub, scene, other))) / len(scene)
+
+    def test_deaths(self):
+        """Into the hole, over the edge, and waiting where the edge comes to: as often as it is played
+        back it is the same game, in no less time."""
+        self.start()
+        other = self.scene()
+        for key, seconds, shortest, longest in (("w", 0, 0.7, 3), ("s", 0, 1, 8), ("s", 2.8, 1, 20)):
+            with self.subTest(key=key, seconds=seconds):
+                self.enter_game()
+                self.hold(key)
+                if seconds:
+                    time.sleep(seconds)
+                    self.release(key)
+                self.expect_prompt()
+                self.release(key)
+                seen = self.hud()
+                scene = self.scene()
+                self.key("Escape")
+                self.expect_menu("Start game")
+                recording = self.recording()
+                self.assertTrue(recording.intact)
+                self.assertEqual(recording.hud(), seen)
+                self.assertEqual(recording.keys[0], (KEY_DOWN, "ws".index(key)))
+                self.assertTrue(shortest <= recording.length / 1000 <= longest, recording.length)
+                self.key("Down")
+                began = time.monotonic()
+                self.play_back()
+                self.assertGreater(time.monotonic() - began, recording.length / 1000)
+                self.assertEqual(self.hud(), seen)
+                # The same picture, but for stars that are anywhere.
+                self.assertLess(self.difference(scene, self.scene()), 0.4)
+                self.assertGreater(self.difference(scene, other), 0.8)
+                other = scene
+                self.key("Return")
+                self.expect_menu("Start game", 1)
+                self.key("Up")
+                self.assertEqual(self.replay.read_bytes(), recording.data)
+        self.key("Escape")
+        self.expect_end(stdout="initialized replay correctly\n" * 3)
+
+    def test_keys(self):
+        """What a live game records: keys as they go down and up, frames as long as they were, and
+        no key that stays down when the window loses the keyboard."""
+        forward, right, shield = 0, 5, 7
+        self.start()
+        self.focus_window()
+        for _ in range(6):  # an enemy may end it before its keys are pressed
+            self.enter_game()
+            began = time.monotonic()
+            self.hold("s", "Down")
+            self.release("s", "Down")
+            self.hold("Control_L")
+            self.key("p", "Return", "F1", "Tab")
+            time.sleep(1)  # long enough for a key to repeat
+            self.release("Control_L")
+            self.hold("d", "alt", "Tab")
+            self.focus_elsewhere()
+            self.release("Tab", "alt", "d")
+            time.sleep(0.1)
+            self.focus_window()
+            self.key("w", "Escape")
+            wall = time.monotonic() - began
+            if self.prompt_or_menu():
+                self.key("Escape")
+                self.expect_menu("Start game")
+                break
+        recording = self.recording()
+        backward = 1
+        self.assertEqual(recording.keys,
+                         [(KEY_DOWN, backward), (KEY_DOWN, backward), (KEY_UP, backward),
+                          (KEY_UP, backward), (KEY_DOWN, shield), (KEY_UP, shield),
+                          (KEY_DOWN, right), (KEY_UP, right), (KEY_DOWN, forward),
+                          (KEY_UP, forward)])
+        self.assertAlmostEqual(recording.length / 1000, wall, delta=1.5)
+        self.assertGreater(recording.length / len(recording.frames), 19)
+        self.key("Escape")
+        self.expect_end()
+
+    def test_answers(self):
+        """What the scoreboard may answer, and what becomes of it."""
+        server = self.serve()
+        self.start()
+        posted, printed = "Posting data to the server succeeded!\n", ""
+        cases = (  # status, reply, what is shown of it, None for nothing; what is printed before
+            (200, b"OK\n", "OK ", ""),
+            (200, b"OK", "O  ", ""),
+            (200, b"a\0b", "", ""),
+            (404, b"Not Found\n", "Not Found ", ""),
+            (200, b"%s%n%99999d\n", "%s%n%99999d ", ""),
+            (200, b"x" * 10_000_000, "x" * 31, ""),
+            (200, b"y\n" * 5_000_000, "y ", ""),
+            (200, b"", None, ""),
+            (200, b"\r", None, "found invalid character 13 from index 0\n"),
+            (200, b"ab\xc8", None, "found invalid character -56 from index 2\n"),
+            (200, bytes(range(32, 256)), None, "found invalid character 127 from index 95\n"))
+        for number, (server.status, server.reply, shown, complaint) in enumerate(cases):
+            with self.subTest(number):
+                self.short_game()
+                self.key("Return")
+                if shown is not None:
+                    # Where the prompt was there is nothing, and the game is still to be seen.
+                    self.expect_message(shown) if shown else self.expect_overlay(286, {0: " " * 19})
+                    self.assertIsNotNone(self.hud())
+                    self.key("Return" if number % 2 else "Escape")
+                self.expect_menu("Start game")
+                self.assertEqual(len(server.posts), number + 1)
+                self.assertIn(self.replay.read_bytes(), server.posts[-1][2])
+                printed += complaint + posted
+        self.key("Escape")
+        self.expect_end(stdout=printed)
+
+    def test_bad_recordings(self):
+        """Refused or played for as long as the player likes; then a game is played as ever."""
+        zeros = recorded([(SEED, 1)] + [(TICK, 0)] * 1_000_000)
+        refused = {"nothing": -1, "a folder": -107, "short-0": -107, "short-74": -107, "magic-5": -101, "length-more": -102,
+                   "version-4": -103, "byte28": -104, "byte29-5": -105, "byte30": -106,
+                   "event-cut-tail": -110}
+        played = ("0014-adv-onlyseed", "0015-adv-empty",  # over at once; Escape ends the others
+                  "0010-adv-noseed-fresh", "0005-adv-keyslots", "0000-adv-hugetick",
+                  "0002-adv-timeoverflow", "0001-adv-negtick", "zeros")
+        self.start()
+        self.key("Down")
+        printed = ""
+        for name in (*refused, *played):
+            with self.subTest(name):
+                if name == "a folder":
+                    self.replay.mkdir()
+                elif name != "nothing":
+                    folder = BROKEN if name in refused else GAMES
+                    self.replay.write_bytes(zeros if name == "zeros" else
+                                            (folder / f"{name}.rpl").read_bytes())
+                self.key("Return")
+                self.expect_typed("replay.rpl")
+                self.key("Return")
+                if name in played:
+                    printed += "initialized replay correctly\n"
+                    if name not in played[:2]:
+                        self.expect_game()
+                        self.key("Escape")
+                    self.expect_finished()
+                    self.key("Escape")
+                else:
+                    printed += f"Error {refused[name]} initializing replay file\n"
+                self.expect_menu("Start game", 1)
+                if name == "a folder":
+                    self.replay.rmdir()
+        self.key("Up")
+        self.short_game()
+        self.key("Escape")
+        self.expect_menu("Start game")
+        self.assertTrue(self.recording().intact)
+        self.key("Escape")
+        self.expect_end(stdout=printed)
+
+    def test_sounds(self):
+        """What is heard when: every effect, and the only track, is a tone of its own."""
+        chunk, rate = 4096, 44100  # frames that the mixer makes at a time
+        names = ("shoot_player", "shoot_enemy", "explode", "shield_change", "shield_hit", "game_start",
+                 "game_over", "chain", "menu_move", "menu_select", "menu_back", "music")
+        cycles = {name: 60 + 20 * number for number, name in enumerate(names)}  # in a chunk
+
+        def write_tone(path, name, seconds):
+            with wave.open(str(path), "wb") as out:
+                out.setparams((1, 2, rate, 0, "NONE", ""))
+                out.writeframes(b"".join(
+                    round(2000 * math.sin(math.tau * cycles[name] * frame / chunk))
+                    .to_bytes(2, "little", signed=True) for frame in range(round(seconds * rate))))
+
+        def loudness(pcm, name):
+            """Of a tone in a chunk: its part of a wave that fills it."""
+            samples = array.array("h", pcm)[::8]  # the left channel of every fourth frame
+            turn = 2j * math.pi * cycles[name] * 4 / chunk
+            wave_at = [cmath.exp(turn * index) for index in range(len(samples))]
+            return abs(sum(map(mul, samples, wave_at))) * 2 / len(samples) / 2000
+
+        for folder in ("sounds", "music"):
+            (self.folder / folder).unlink()
+            (self.folder / folder).mkdir()
+        for name in names[:-1]:
+            write_tone(self.folder / "sounds" / f"{name}.ogg", name, 0.05)
+        write_tone(self.folder / "music" / "tone.wav", "music", 0.5)
+        sink = self.folder / "sound"
+        self.environment.update(SDL_AUDIODRIVER="disk", SDL_DISKAUDIOFILE=str(sink),
+                                SDL_DISKAUDIODELAY=str(round(1000 * chunk / rate)))
+        phases = []  # what is expected, and where it ended
+
+        def phase(expected):
+            time.sleep(0.4)  # until the chunk is out that was being made
+            phases.append((expected.split(), sink.stat().st_size // (4 * chunk)))
+
+        self.start()
+        time.sleep(2)  # the track ends four times
+        phase("music")
+        self.hold("Down")
+        phase("music")
+        self.release("Down")
+        phase("music menu_move")
+        self.key("Down", "Return")
+        phase("music menu_move menu_select")
+        self.key("Down", "Down", "Return")  # music off
+        phase("music menu_move menu_select")
+        self.key("Escape")
+        phase("menu_back")
+        self.key("Up", "Up")
+        phase("menu_move")
+        self.enter_game()
+        phase("menu_select game_start")
+        self.hold("space")
+        time.sleep(1.2)
+        self.release("space")
+        phase("shoot_player")
+        self.key("Control_L")
+        phase("shield_change")
+        self.hold("w")
+        self.expect_prompt()
+        self.release("w")
+        phase("game_over")
+        self.key("Escape")
+        self.expect_menu("Start game")
+        self.key("Escape")
+        self.assertEqual(self.process.wait(60), 0)
+
+        pcm, first = sink.read_bytes(), 0
+        for number, (expected, last) in enumerate(phases):
+            chunks = [pcm[4 * chunk * k:4 * chunk * (k + 1)] for k in range(first, last)]
+            heard = {name: sum(loudness(part, name) > 0.15 for part in chunks) for name in names}
+            with self.subTest(phase=number, heard=heard, chunks=len(chunks)):
+                # Enemies may be heard whenever they are there.
+                silent = set(names) - {"shoot_enemy", "explode", "shield_hit"} - set(expected)
+                self.assertEqual([name for name in expected if not heard[name]], [])
+                self.assertEqual([name for name in silent if heard[name]], [])
+                if expected == ["music"]:
+                    self.assertGreater(heard["music"], 0.8 * len(chunks))
+                if expected == ["shoot_player"]:  # ten a second
+                    self.assertIn(heard["shoot_player"], range(8, 18))
+            first = last
 
 
 if __name__ == "__main__":
-    executable = pathlib.Path(sys.argv.pop(1)).resolve()
-    FONT_CODES = {code: chr(code) for code in range(33, 127)}
-    TEXT = {size: Glyphs("gui_bitmap_font.png", "100%x100%+0+0", 16, 16, size, size, FONT_CODES)
-            for size in (16, 22, 24)}
-    DIGITS = Glyphs("font_numbers.png", "1020x72+0+0", 10, 1, 51, 36, {k: str(k) for k in range(10)})
-    unittest.main(verbosity=2)
+    program_driver.main()

@@ -5,17 +5,27 @@
 
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
-function(quorvane_program_test suffix library_path)
+# quorvane_outside_tests(KIND CLASS SUFFIX LIBRARY_PATH CASE...): the cases of KIND_test.py
+function(quorvane_outside_tests kind class suffix library_path)
   foreach(case IN LISTS ARGN)
-    quorvane_add_test(NAME program_${case}${suffix} LIBRARY_PATH "${library_path}"
+    quorvane_add_test(NAME ${kind}_${case}${suffix} LIBRARY_PATH "${library_path}"
                       COMMAND ${virtual_display} ${Python3_EXECUTABLE}
-                              ${CMAKE_CURRENT_SOURCE_DIR}/program_test.py
-                              $<TARGET_FILE:quorvane> Program.test_${case})
+                              ${CMAKE_CURRENT_SOURCE_DIR}/${kind}_test.py
+                              $<TARGET_FILE:quorvane> ${class}.test_${case})
   endforeach()
 endfunction()
 
-quorvane_program_test("" "" first_start video_modes game_upload_and_playback ways_out
-                      nothing_but_pictures failing_starts)
+add_library(fake_clock MODULE fake_clock.cpp)  # preloaded, found beside the program
+target_link_libraries(fake_clock PRIVATE ${CMAKE_DL_LIBS})
+
+quorvane_outside_tests(program Program "" "" first_start video_modes game_upload_and_playback ways_out
+                       every_screen_ends names deaths keys answers bad_recordings sounds)
+quorvane_outside_tests(fault Faults "" "" starts pictures sounds music no_audio_device
+                       no_audio_driver full_disk unwritable_places clocks display_without_gl
+                       refused_mode lost_display pipe)
 if(QUORVANE_COMPAT_SDL)
-  quorvane_program_test(_compat ${QUORVANE_COMPAT_SDL} video_modes game_upload_and_playback)
+  quorvane_outside_tests(program Program _compat ${QUORVANE_COMPAT_SDL} video_modes
+                         game_upload_and_playback every_screen_ends keys)
+  quorvane_outside_tests(fault Faults _compat ${QUORVANE_COMPAT_SDL} starts no_audio_device
+                         display_without_gl)
 endif()

@@ -24,6 +24,6 @@ gtest_discover_tests(shell_tests DISCOVERY_TIMEOUT 60)
 # The same with memory that runs out. A program of its own: the allocator is the linker's business.
 add_executable(allocation_tests allocation_test.cpp recorder.cpp ${CMAKE_SOURCE_DIR}/src/main.cpp)
 target_link_libraries(allocation_tests PRIVATE quorvane_program GTest::gtest_main)
-target_link_options(allocation_tests PRIVATE -Wl,--wrap=malloc,--wrap=calloc,--wrap=realloc)
+target_link_options(allocation_tests PRIVATE -Wl,--wrap=malloc,--wrap=calloc,--wrap=realloc,--wrap=free)
 gtest_discover_tests(allocation_tests WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}
                      DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)

@@ -1,0 +1,441 @@
+# SPDX-FileCopyrightText: The Quorvane project
+# SPDX-License-Identifier: MIT
+
+"""Hands and eyes for tests of the built program: real keys, real files, a real web server, and eyes
+that read the texts and numbers on the screen.
+"""
+
+import ctypes
+import functools
+import http.server
+import os
+import pathlib
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+from operator import mul
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+GRAPHICS = ROOT / "graphics"
+DEFAULTS = "width=800\nheight=600\nname=Gamer\nreplay=replay.rpl\nmouse=0\nfullscreen=0\nmusic=1\n"
+DESKTOP = (1280, 1024)
+PATIENCE = 60  # seconds until something that must happen counts as missing
+executable = ROOT / "build" / "quorvane"
+
+
+def main():
+    """Runs the tests of the calling file:  FILE EXECUTABLE [Class.test_name ...]"""
+    global executable
+    executable = pathlib.Path(sys.argv.pop(1)).resolve()
+    # A shell starts background commands deaf to it, and so would be the programs started from here.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
+    unittest.main(verbosity=2)
+
+
+def run(*command):
+    return subprocess.run([str(part) for part in command], check=True, stdout=subprocess.PIPE).stdout
+
+
+class Glyphs:
+    """Reads text drawn in one font at one size by comparing every cell with every glyph."""
+
+    def __init__(self, picture, crop, across, down, width, height, codes):
+        size = f"{across * width}x{down * height}!"
+        pixels = run("convert", GRAPHICS / picture, "-crop", crop, "+repage", "-resize", size,
+                     "-depth", "8", "rgba:-")
+        light = [max(pixels[i:i + 3]) * pixels[i + 3] for i in range(0, len(pixels), 4)]
+        stride = across * width
+        self.width, self.height, self.glyphs = width, height, {}
+        for index, code in codes.items():
+            corner = index // across * height * stride + index % across * width
+            rows = [light[corner + y * stride:][:width] for y in range(height)]
+            self.glyphs[code] = self.normal([value for row in rows for value in row])
+
+    @staticmethod
+    def normal(values):
+        """The values with mean 0 and length 1, so that a sum of products is a correlation."""
+        mean = sum(values) / len(values)
+        values = [value - mean for value in values]
+        length = sum(map(mul, values, values)) ** 0.5
+        return [value / length for value in values] if length > 0 else values
+
+    def read(self, image, x, y, count, advance=None, channel=max):
+        text = ""
+        for k in range(count):
+            left = round(x + k * (advance or self.width))
+            cell = self.normal(image.light(left, y, self.width, self.height, channel))
+            score, code = max((sum(map(mul, cell, glyph)), code)
+                              for code, glyph in self.glyphs.items())
+            text += code if score > 0.6 else " "
+        return text.rstrip()
+
+
+class Image:
+    """What the window shows."""
+
+    def __init__(self, width, height, pixels):
+        self.width, self.height, self.pixels = width, height, pixels
+
+    def light(self, x, y, width, height, channel):
+        """Row by row the strongest channel of every pixel, or with `min` what is white in it."""
+        values = []
+        for row in range(y, y + height):
+            at = (row * self.width + x) * 3
+            line = self.pixels[at:at + width * 3]
+            values += map(channel, line[0::3], line[1::3], line[2::3])
+        return values
+
+    def redness(self, x, y, width, height):
+        rows = [self.pixels[(row * self.width + x) * 3:][:width * 3]
+                for row in range(y, y + height)]
+        return sum(sum(row[0::3]) - sum(row[1::3]) for row in rows)
+
+
+class Board(http.server.BaseHTTPRequestHandler):
+    """The scoreboard: keeps what was posted and answers as it was told."""
+    protocol_version = "HTTP/1.1"
+
+    def do_POST(self):
+        body = self.rfile.read(int(self.headers["Content-Length"]))
+        self.server.posts.append((self.path, self.headers["Content-Type"], body))
+        self.send_response(self.server.status)
+        self.send_header("Content-Length", str(len(self.server.reply)))
+        self.end_headers()
+        self.wfile.write(self.server.reply)
+
+    def log_message(self, *_):
+        pass
+
+
+@functools.cache
+def text_glyphs(size):
+    codes = {code: chr(code) for code in range(33, 127)}
+    return Glyphs("gui_bitmap_font.png", "100%x100%+0+0", 16, 16, size, size, codes)
+
+
+@functools.cache
+def digit_glyphs():
+    return Glyphs("font_numbers.png", "1020x72+0+0", 10, 1, 51, 36, {k: str(k) for k in range(10)})
+
+
+SEED, TICK, KEY_UP, KEY_DOWN = 4, 8, 12, 16
+
+
+class Recording:
+    """A replay file, read to its last byte."""
+
+    def __init__(self, data):
+        self.data = data
+        self.name = data[31:63].decode("latin-1").strip()
+        self.score, self.created, size = struct.unpack(">III", data[63:75])
+        self.intact = data[:6] == b"QRVNPL" and data[26:31] == b"\0\3\0\4\0"
+        self.events, position = [], 75
+        while position < len(data):
+            width = data[position] & 3 or 4
+            value = data[position + 1:position + 1 + width]
+            self.events.append((data[position] & 0xfc, int.from_bytes(value, "big")))
+            position += 1 + width
+        self.intact &= position == len(data) == 75 + size
+        self.frames = [value for kind, value in self.events if kind == TICK]
+        self.length = sum(self.frames)
+        self.keys = [event for event in self.events if event[0] in (KEY_UP, KEY_DOWN)]
+
+    def hud(self):
+        """What Driver.hud() reads when the game is over."""
+        return self.score, (150000 - self.length) // 100
+
+
+def recorded(events):
+    """A replay file with these events."""
+    body = b"".join(bytes([kind | (width & 3)]) + value.to_bytes(width, "big")
+                    for kind, value in events
+                    for width in [max(1, (value.bit_length() + 7) // 8)])
+    return (b"QRVNPL" + bytes(20) + b"\0\3\0\4\0" + b"Ada".rjust(32) +
+            struct.pack(">III", 0, 0, len(body)) + body)
+
+
+class Driver(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory()
+        self.addCleanup(scratch.cleanup)
+        self.folder = pathlib.Path(scratch.name)
+        for name in ("graphics", "sounds", "music"):
+            (self.folder / name).symlink_to(ROOT / name)
+        self.settings = self.folder / "qrvn-settings.dat"
+        self.replay = self.folder / "replay.rpl"
+        self.settings.write_text(DEFAULTS)
+        self.environment = dict(os.environ, SDL_AUDIODRIVER="dummy", no_proxy="")
+        self.process = None
+        self.window = None
+        self.centred = False
+        self.addCleanup(self.end)
+
+    # --- Hands ---------------------------------------------------------------------------------
+
+    def launch(self, *arguments, before=(), **options):
+        """Starts the program, by a command that runs it if one is to come before."""
+        self.end()
+        with open(self.folder / "stdout", "wb") as out, open(self.folder / "stderr", "wb") as err:
+            self.process = subprocess.Popen([*before, executable, *arguments], cwd=self.folder,
+                                            stdout=out, stderr=err, env=self.environment, **options)
+
+    def end(self):
+        if self.process and self.process.poll() is None:
+            self.process.kill()
+            self.process.wait()
+
+    def start(self, *arguments, **options):
+        self.launch(*arguments, **options)
+        self.expect_size(800, 600)
+        self.expect_menu("Start game")
+
+    def key(self, *keys):
+        for name in keys:
+            run("xdotool", "keydown", name)
+            time.sleep(0.08)
+            run("xdotool", "keyup", name)
+            time.sleep(0.08)
+
+    def hold(self, *keys):
+        for name in keys:
+            run("xdotool", "keydown", name)
+
+    def release(self, *keys):
+        for name in keys:
+            run("xdotool", "keyup", name)
+
+    def choose(self, *entries):
+        """Goes down by so many entries in each list on the way, and takes what is there."""
+        for entry in entries:
+            self.key(*["Down"] * entry, "Return")
+
+    def close_window(self):
+        """Asks the window to close, as a window manager does."""
+        x11 = ctypes.CDLL("libX11.so.6")
+        x11.XOpenDisplay.restype = ctypes.c_void_p
+        display = ctypes.c_void_p(x11.XOpenDisplay(None))
+
+        class ClientMessage(ctypes.Structure):
+            _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong),
+                        ("sent", ctypes.c_int), ("display", ctypes.c_void_p),
+                        ("window", ctypes.c_ulong), ("message", ctypes.c_ulong),
+                        ("format", ctypes.c_int), ("data", ctypes.c_long * 5),
+                        ("room", ctypes.c_long * 24)]
+
+        protocols = x11.XInternAtom(display, b"WM_PROTOCOLS", 0)
+        delete = x11.XInternAtom(display, b"WM_DELETE_WINDOW", 0)
+        message = ClientMessage(33, 0, 1, None, self.window, protocols, 32,
+                                (ctypes.c_long * 5)(delete))
+        x11.XSendEvent(display, ctypes.c_ulong(self.window), 0, ctypes.c_long(0),
+                       ctypes.byref(message))
+        x11.XCloseDisplay(display)
+
+    def focus_window(self):
+        run("xdotool", "windowfocus", self.window)
+        self.wait_for("the keyboard", lambda: run("xdotool", "getwindowfocus").decode().strip(),
+                      str(self.window))
+
+    def focus_elsewhere(self):
+        """Gives the keyboard to the whole screen, with the pointer outside the window."""
+        run("xdotool", "mousemove", DESKTOP[0] - 1, DESKTOP[1] - 1)
+        x11 = ctypes.CDLL("libX11.so.6")
+        x11.XOpenDisplay.restype = ctypes.c_void_p
+        display = ctypes.c_void_p(x11.XOpenDisplay(None))
+        x11.XSetInputFocus(display, ctypes.c_ulong(1), 1, ctypes.c_ulong(0))  # PointerRoot
+        x11.XCloseDisplay(display)
+
+    # --- Eyes ----------------------------------------------------------------------------------
+
+    def wait_for(self, what, look, wanted):
+        deadline = time.monotonic() + PATIENCE
+        while True:
+            seen = look()
+            if wanted(seen) if callable(wanted) else seen == wanted:
+                return seen
+            if self.process.poll() is not None:
+                self.fail(f"the program ended with {self.process.returncode} before {what}: "
+                          f"{self.messages('stdout')}{self.messages('stderr')}")
+            if time.monotonic() > deadline:
+                run("import", "-window", "root", executable.parent / f"{self.id()}.png")
+                self.fail(f"{what}: wanted {wanted!r}, seen {seen!r}")
+            time.sleep(0.05)
+
+    def geometry(self):
+        found = subprocess.run(["xdotool", "search", "--name", "^Quorvane$"],
+                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
+        for window in found.stdout.split():
+            known = subprocess.run(["xdotool", "getwindowgeometry", "--shell", window],
+                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
+            fields = dict(line.split("=") for line in known.stdout.decode().splitlines())
+            if fields:
+                self.window = int(window)
+                return tuple(int(fields[name]) for name in ("WIDTH", "HEIGHT", "X", "Y"))
+        return None
+
+    def expect_size(self, width, height):
+        """Waits for the window to have that size, and does what a window manager would: puts it
+        where all of it can be seen, and the pointer on it, so that it gets the keys."""
+        self.wait_for("the window", self.geometry,
+                      lambda box: box is not None and box[:2] == (width, height))
+        self.centred = False
+        run("xdotool", "windowmove", self.window, 0, 0)
+        run("xdotool", "mousemove", width // 2, height // 2)
+
+    def look(self):
+        width, height, x, y = self.geometry() or (800, 600, 0, 0)
+        if self.centred:
+            x, y = (DESKTOP[0] - width) // 2, (DESKTOP[1] - height) // 2
+        shot = run("import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "+repage",
+                   "-depth", "8", "ppm:-")
+        _, size, _, pixels = shot.split(b"\n", 3)
+        image = Image(*map(int, size.split()), pixels)
+        if (image.width, image.height) != (width, height):  # the window is changing
+            image = Image(width, height, bytes(width * height * 3))
+        return image
+
+    def menu(self, entry, image=None):
+        image = image or self.look()
+        x, y = image.width // 2 - 190, 200 + 25 * entry
+        return text_glyphs(24).read(image, x, y, 20)
+
+    def expect_menu(self, first, selected=0):
+        """Waits for a list that begins with that title and has that entry highlighted."""
+        def highlighted():
+            image = self.look()
+            if self.menu(0, image) != first:
+                # Full screen is the middle of the screen if the display does not change its mode.
+                self.centred = not self.centred
+                return None
+            red = [image.redness(image.width // 2 - 190, 200 + 25 * entry, 240, 24)
+                   for entry in range(6)]
+            return red.index(max(red))
+        self.wait_for(f"the list of '{first}'", highlighted, selected)
+
+    def typed(self):
+        image = self.look()
+        prompt = text_glyphs(22).read(image, image.width // 2 - 380, 140, 6, 22.4)
+        if prompt not in ("Player", "Replay"):
+            return None
+        text = text_glyphs(16).read(image, image.width // 2 - 380, 180, min(48, image.width // 16))
+        # The cursor is larger than the text; it is read as a part of it.
+        behind = image.width // 2 - 380 + 16 * len(text.rstrip("_"))
+        return text.rstrip("_") + text_glyphs(24).read(image, behind, 180, 1)
+
+    def expect_typed(self, text):
+        """Waits for a text entry with that text, the cursor behind it."""
+        self.wait_for("the text entry", self.typed, text + "_")
+
+    PROMPT = 286, {0: "     Upload scores?", 1: " [Return] Upload scores",
+                   2: "   [Esc] Back to menu", 4: "       Scoreboard"}
+
+    @staticmethod
+    def overlay(image, left, rows):
+        """What is read of the prompt or a message over the scene, rows by number, each beginning
+        `left` of the middle; nothing if it is right. The scene shines through, so that a letter may
+        be misread."""
+        seen = [(text_glyphs(24).read(image, image.width // 2 - left,
+                                      image.height // 2 - 150 + 50 * row, len(text),
+                                      channel=min), text) for row, text in rows.items()]
+        wrong = sum(a != b for read, text in seen for a, b in zip(read.ljust(len(text)), text))
+        return seen if wrong > 0.08 * sum(map(len, rows.values())) else []
+
+    def expect_overlay(self, left, rows):
+        self.wait_for("the overlay", lambda: self.overlay(self.look(), left, rows), [])
+
+    def expect_prompt(self):
+        self.expect_overlay(*self.PROMPT)
+
+    def prompt_or_menu(self):
+        """Waits for one of them; true if it is the prompt."""
+        def shown():
+            image = self.look()
+            return (not self.overlay(image, *self.PROMPT), self.menu(0, image) == "Start game")
+        return self.wait_for("prompt or menu", shown, any)[0]
+
+    def expect_message(self, *lines):
+        self.expect_overlay(364, dict(enumerate(lines)))
+
+    def expect_finished(self):
+        self.expect_message("", "        Replay finished!", "     Please press enter to",
+                            "           continue...")
+
+    def hud(self):
+        """Score, and the time left in tenths of a second."""
+        image = self.look()
+        score = digit_glyphs().read(image, image.width - 530, 15, 10, channel=min).strip()
+        left = digit_glyphs().read(image, 20, 15, 5, channel=min).strip()
+        return (int(score), int(left)) if score.isdigit() and left.isdigit() else None
+
+    def scene(self):
+        """Of the last picture of a game what no text of prompt or message is laid over."""
+        image = self.look()
+        stride, middle = image.width * 3, image.height // 2
+        return image.pixels[60 * stride:(middle - 160) * stride] + \
+            image.pixels[(middle + 170) * stride:(image.height - 40) * stride]
+
+    def messages(self, stream):
+        return (self.folder / stream).read_text()
+
+    def expect_end(self, status=0, stdout="", stderr=""):
+        self.assertEqual(self.process.wait(PATIENCE), status, self.messages("stderr"))
+        self.assertEqual(self.messages("stdout"), stdout)
+        self.assertEqual(self.messages("stderr"), stderr)
+
+    # --- Games ---------------------------------------------------------------------------------
+
+    def expect_game(self):
+        self.wait_for("the game", self.hud, lambda hud: hud is not None)
+
+    def enter_game(self, name="Gamer"):
+        """From the menu, with its first entry highlighted."""
+        self.key("Return")
+        self.expect_typed(name)
+        self.key("Return")
+        self.expect_game()
+
+    def short_game(self, name="Gamer"):
+        for _ in range(4):  # on a busy machine an enemy may end it before the key does
+            self.enter_game(name)
+            self.key("Escape")
+            if self.prompt_or_menu():
+                break
+        self.expect_prompt()
+
+    def play_back(self, file="replay.rpl"):
+        """From the menu, with its second entry highlighted, to the playback's last frame."""
+        self.key("Return")
+        self.expect_typed(file)
+        self.key("Return")
+        self.expect_finished()
+
+    def recording(self):
+        return Recording(self.replay.read_bytes())
+
+    def fight_to_death(self):
+        """Backs off from the hole, spins and fires for a while, then flies on until it is lost."""
+        self.hold("s")
+        time.sleep(1.6)
+        self.release("s")
+        self.hold("Left", "space")
+        for _ in range(9):
+            self.key("Control_L")
+            time.sleep(0.9)
+        self.release("Left", "space")
+        self.hold("w")
+        self.expect_prompt()
+        self.release("w")
+
+    def serve(self):
+        server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Board)
+        server.posts, server.status, server.reply = [], 200, b"OK\n"
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        self.addCleanup(server.server_close)
+        self.addCleanup(server.shutdown)
+        # The scoreboard's host is built in: the library that posts can be led elsewhere.
+        self.environment["http_proxy"] = f"http://127.0.0.1:{server.server_port}"
+        return server
