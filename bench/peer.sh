@@ -91,6 +91,13 @@ else
     echo "chocolate-doom or freedoom is not installed; measuring only ourselves." >&2
 fi
 
+# Ours must have played whole games, too: each to its own end.
+"$build/tools/quorvane-replay" verify "${one_of_each[@]}" >"$scratch/verdicts" || true
+if [ "$(grep -c 'bad-signature.*end=self' "$scratch/verdicts")" -ne "${#games[@]}" ]; then
+    cat "$scratch/verdicts" >&2
+    exit 1
+fi
+
 for ((round = 0; round < rounds; ++round)); do
     for game in "${games[@]}"; do
         verify "one $game" "$(played "$game")" "tests/golden/games/$game.rpl"

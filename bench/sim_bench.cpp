@@ -4,6 +4,7 @@
 // The simulation, recording and arithmetic, without display or libSDL. Runs in the project's root.
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -237,7 +238,8 @@ BENCHMARK(load)->DenseRange(0, 1)->ArgName("large")->MinTime(0.5);
 // quorvane-replay's reader: a file, and everything that is odd about its events.
 void inspect(State& state) {
     const std::vector<uint8_t> image = image_of(state.range(0) != 0);
-    const std::string path = std::filesystem::temp_directory_path() / "quorvane-bench.rpl";
+    const std::string path = std::filesystem::temp_directory_path() /
+                             ("quorvane-bench-" + std::to_string(getpid()) + ".rpl");
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char*>(image.data()), std::ssize(image));
     for_bytes(state, image.size(), [&] {
