@@ -3,8 +3,6 @@
 
 # What has been built, installed, started as a player starts it, upgraded and removed.
 
-find_package(Python3 REQUIRED COMPONENTS Interpreter)
-
 set(cases metadata notices_go_with_every_copy links_in_documents installed_export
              ordinary_user_and_read_only_system upgrade what_the_player_has_put_there failures
              screen_comes_back uninstall)
@@ -13,7 +11,7 @@ if(NOT QUORVANE_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
 endif()
 foreach(case IN LISTS cases)
   quorvane_add_test(NAME package.${case}
-                    COMMAND ${virtual_display} ${Python3_EXECUTABLE}
+                    COMMAND ${virtual_display} ${python}
                             ${CMAKE_CURRENT_SOURCE_DIR}/package_test.py ${CMAKE_COMMAND}
                             ${CMAKE_BINARY_DIR} Package.test_${case})
 endforeach()

@@ -3,13 +3,11 @@
 
 # The built program, driven from outside by real keys on a virtual display of its own.
 
-find_package(Python3 REQUIRED COMPONENTS Interpreter)
-
 # quorvane_outside_tests(KIND CLASS SUFFIX LIBRARY_PATH CASE...): the cases of KIND_test.py
 function(quorvane_outside_tests kind class suffix library_path)
   foreach(case IN LISTS ARGN)
     quorvane_add_test(NAME ${kind}_${case}${suffix} LIBRARY_PATH "${library_path}"
-                      COMMAND ${virtual_display} ${Python3_EXECUTABLE}
+                      COMMAND ${virtual_display} ${python}
                               ${CMAKE_CURRENT_SOURCE_DIR}/${kind}_test.py
                               $<TARGET_FILE:quorvane> ${class}.test_${case})
   endforeach()
@@ -19,7 +17,7 @@ add_library(fake_clock MODULE fake_clock.cpp)  # preloaded, found beside the pro
 target_link_libraries(fake_clock PRIVATE ${CMAKE_DL_LIBS})
 
 quorvane_outside_tests(program Program "" "" first_start video_modes game_upload_and_playback ways_out
-                       every_screen_ends names deaths keys answers bad_recordings sounds)
+                       every_screen_ends names deaths_by_flying deaths_in_battle keys answers bad_recordings sounds)
 quorvane_outside_tests(fault Faults "" "" starts pictures sounds music no_audio_device
                        no_audio_driver full_disk unwritable_places clocks display_without_gl
                        refused_mode lost_display pipe)

@@ -3,13 +3,11 @@
 
 # The headless player of recordings, driven from outside on golden and hand-made files.
 
-find_package(Python3 REQUIRED COMPONENTS Interpreter)
-
 foreach(case verdicts golden_games names_and_jobs broken_files round_trip packing simulate diff info
              documented_example bad_input crash progress
              export)
   add_test(NAME replay_tool.${case}
-           COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/replay_tool_test.py
+           COMMAND ${python} ${CMAKE_CURRENT_SOURCE_DIR}/replay_tool_test.py
                    $<TARGET_FILE:quorvane-replay> ReplayTool.test_${case})
   set_tests_properties(replay_tool.${case} PROPERTIES TIMEOUT 120)
 endforeach()

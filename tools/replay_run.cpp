@@ -19,6 +19,7 @@
 #include "enemy.h"
 #include "headless.h"
 #include "json_writer.h"
+#include "loss.h"
 #include "mt19937.h"
 #include "state_hash.h"
 
@@ -94,9 +95,11 @@ struct tracer {
 
     bool step() {
         sounds.clear();
+        loss.remember(*run.game);
         const bool stepped = run.step();
         if (stepped) {
             hash = state_hash_step(hash, run.game.get());
+            lost_to = run.end == RUN_SELF ? loss.cause(*run.game) : "-";
         }
         return stepped;
     }
@@ -124,6 +127,8 @@ struct tracer {
     playback run;
     uint64_t hash = STATE_HASH_START;
     std::vector<std::string> sounds;  // of the last step
+    loss_watch loss;
+    const char* lost_to = "-";
 };
 
 using trace_lines = std::vector<std::string>;
@@ -290,6 +295,7 @@ void simulate(const recording& recording, bool trace, bool json) {
     report.add("last_time", game.time);
     report.add("end", RUN_END_NAMES[tracer.run.end]);
     report.add("over_time", game.over != 0 ? game.time : -1);
+    report.add("lost_to", tracer.lost_to);
     report.add("score", player.score);
     report.add("chain_count", player.chain_count);
     report.add("chain_color", player.chain_color);
