@@ -246,7 +246,7 @@ def start_up():
         [
             ["start to first menu frame, wall s", f"{run['wall_s']:.3f}"],
             ["of that processor time, s", f"{run['cpu_s']:.3f}"],
-            ["a bare program that opens the same window and decodes the same files, wall s", f"{bare['wall_s']:.3f}"],
+            ["a bare program of the same libraries that opens the same window and decodes the same files, wall s", f"{bare['wall_s']:.3f}"],
             ["the start is so many times as long", f"{run['wall_s'] / bare['wall_s']:.2f}"],
             ["peak memory at the menu, MiB", f"{run['peak_mib']:.0f}"],
             ["peak memory after a minute of games (320 × 240), MiB", f"{played:.0f}"],

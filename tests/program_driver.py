@@ -407,11 +407,17 @@ class Driver(unittest.TestCase):
                 break
         self.expect_prompt()
 
-    def play_back(self, file="replay.rpl"):
-        """From the menu, with its second entry highlighted, to the playback's last frame."""
+    def play_back(self, file="replay.rpl", standstill=0):
+        """From the menu, with its second entry highlighted, to the playback's last frame. On the way
+        the machine is too busy for it for so many seconds."""
         self.key("Return")
         self.expect_typed(file)
         self.key("Return")
+        if standstill:
+            time.sleep(0.2)
+            self.process.send_signal(signal.SIGSTOP)
+            time.sleep(standstill)
+            self.process.send_signal(signal.SIGCONT)
         self.expect_finished()
 
     def recording(self):
