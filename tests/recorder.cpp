@@ -424,6 +424,6 @@ scratch_folder::scratch_folder() {
 }
 
 scratch_folder::~scratch_folder() {
-    std::filesystem::current_path(folder.parent_path());
+    std::filesystem::current_path(before);
     std::filesystem::remove_all(folder);
 }

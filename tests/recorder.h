@@ -120,9 +120,10 @@ std::string printed_by(const std::function<void()>& action);
 template <class T>
 using owner = std::unique_ptr<T, void (*)(T*)>;
 
-// The working directory of a test: new and empty, removed with everything in it.
+// The working directory of a test until it ends: new and empty, removed with everything in it.
 struct scratch_folder {
     scratch_folder();
     ~scratch_folder();
     std::filesystem::path folder;
+    std::filesystem::path before = std::filesystem::current_path();
 };
