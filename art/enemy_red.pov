@@ -6,11 +6,11 @@
 #include "ships.inc"
 
 #declare Iron = texture {
-    pigment { srgb <0.62, 0.055, 0.045> }
+    pigment { srgb <0.86, 0.10, 0.06> }
     finish {
         diffuse 0.8
         ambient 0
-        emission 0.06
+        emission 0.14
         specular 0.8
         roughness 0.03
         metallic
@@ -40,7 +40,7 @@
         Bar(Point, 0.004, Top, 0.012)
         Bar(Point, 0.004, R, 0.011)
         Bar(Point, 0.004, L, 0.011)
-        texture { pigment { srgb <1.0, 0.42, 0.22> } finish { diffuse 0.7 emission 0.45 specular 0.6 } }
+        texture { pigment { srgb <1.0, 0.50, 0.28> } finish { diffuse 0.7 emission 0.7 specular 0.6 } }
     }
 #end
 

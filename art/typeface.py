@@ -302,7 +302,7 @@ DIGIT_STEP, DIGIT_WIDTH, DIGIT_HEIGHT = 101.99, 102, 72
 def digits_font():
     """Ten digits of an instrument, side by side, each lit bar pointed at both ends and softly glowing."""
     c = Canvas(1024, 128)
-    half_width, half_height, thick, gap = 25.0, 23.0, 4.6, 1.6
+    half_width, half_height, thick, gap = 25.0, 23.0, 5.4, 0.2
     bars = [((-1, -1), (1, -1)), ((-1, -1), (-1, 0)), ((1, -1), (1, 0)), ((-1, 0), (1, 0)),
             ((-1, 0), (-1, 1)), ((1, 0), (1, 1)), ((-1, 1), (1, 1))]
     for digit, lit in enumerate(DIGIT_BARS):

@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "font.h"
+#include "fpslimiter.h"
 #include "game.h"
 #include "input.h"
 #include "json_writer.h"
@@ -360,6 +361,7 @@ bool draw_game(const options& options, input* input, encoder* encoder) {
     picture picture = {options.width, options.height, {}};
     int32_t next = next_time(input);
     uint64_t steps = 0;
+    input->limiter->measured_rate = static_cast<float>(options.fps);  // nothing is limited here
     for (int64_t frame = 0;; ++frame) {
         // Each picture shows the last step that is not later than its own time, in ms.
         const double due =
