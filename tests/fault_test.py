@@ -100,6 +100,7 @@ class Faults(Driver):
                 self.launch()
                 self.environment = environment
                 if status == 0:
+                    self.expect_size(*map(int, re.findall(r"(?m)^(?:width|height)=(\d+)$", saved)))
                     self.leave()
                 self.expect_end(status, stderr=stderr)
                 self.assertEqual(self.settings.read_text() if self.settings.exists() else None, saved)

@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <functional>
+#include <span>
 #include <tuple>
 
 #include "sim_support.h"
@@ -47,6 +48,25 @@ TEST_F(game_test, player_is_lost_inside_the_hole_and_outside_the_field) {
         EXPECT_EQ(animation_is_looping(player.animation), 1) << "it keeps its sprite";
         EXPECT_EQ(player.position.y, 0.02) << "and moves on";
     }
+}
+
+// At the rim of the hole, where no enemy gets: nobody plays for longer.
+TEST_F(game_test, edge_comes_to_the_hole) {
+    start_over();
+    player.position = {0, -1};
+    int32_t time = 0;
+    while (g->over == 0 && time < GAME_DURATION) {
+        game_step(g.get(), time += 20);
+        for (ship& enemy : std::span(g->ships, size_t(g->ship_count))) {
+            enemy.alive = 0;
+        }
+        for (shot& shot : std::span(g->shots, size_t(g->shot_count))) {
+            if (shot.active == 1) {
+                game_remove_shot(g.get(), &shot);
+            }
+        }
+    }
+    EXPECT_EQ(time, 135020);
 }
 
 TEST_F(game_test, shots_are_pulled_swallowed_and_lost) {

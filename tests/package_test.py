@@ -10,6 +10,7 @@ Runs on a display of its own (DISPLAY):
 
 import os
 import pathlib
+import platform
 import re
 import shutil
 import signal
@@ -114,6 +115,12 @@ class Package(unittest.TestCase):
                            r"GNU_STACK +\S+ \S+ \S+ \S+ \S+ RW ", r"__stack_chk_fail",
                            r"__\w*printf_chk"):
                 self.assertRegex(found, wanted, name)
+            code = run("objdump", "-d", "--no-show-raw-insn", tree / name).stdout
+            if platform.machine() == "x86_64":
+                self.assertRegex(code, r"or[ql] +\$0x0,(0x[0-9a-f]+)?\(%rsp", f"{name}: no probed stack")
+        # Containers that check their indices: what has any says so.
+        self.assertRegex(run("readelf", "-W", "--dyn-syms", tree / "bin/quorvane-replay").stdout,
+                         "glibcxx_assert_fail")
 
     def test_links_in_documents(self):
         pages = [*ROOT.glob("*.md"), *ROOT.glob("docs/*.md")]

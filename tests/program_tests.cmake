@@ -16,14 +16,16 @@ endfunction()
 add_library(fake_clock MODULE fake_clock.cpp)  # preloaded, found beside the program
 target_link_libraries(fake_clock PRIVATE ${CMAKE_DL_LIBS})
 
-quorvane_outside_tests(program Program "" "" first_start video_modes game_upload_and_playback ways_out
-                       every_screen_ends names deaths_by_flying deaths_in_battle keys answers bad_recordings sounds)
-quorvane_outside_tests(fault Faults "" "" starts pictures sounds music no_audio_device
-                       no_audio_driver full_disk unwritable_places clocks display_without_gl
-                       refused_mode lost_display pipe)
+set(program_cases first_start video_modes game_upload_and_playback ways_out every_screen_ends names
+                  deaths_by_flying deaths_in_battle keys answers bad_recordings sounds)
+set(fault_cases starts pictures sounds music no_audio_device full_disk unwritable_places clocks
+                display_without_gl lost_display pipe)
+quorvane_outside_tests(program Program "" "" ${program_cases})
+quorvane_outside_tests(fault Faults "" "" ${fault_cases} no_audio_driver refused_mode)
 if(QUORVANE_COMPAT_SDL)
-  quorvane_outside_tests(program Program _compat ${QUORVANE_COMPAT_SDL} video_modes
-                         game_upload_and_playback every_screen_ends keys)
-  quorvane_outside_tests(fault Faults _compat ${QUORVANE_COMPAT_SDL} starts no_audio_device
-                         display_without_gl)
+  quorvane_outside_tests(program Program _compat ${QUORVANE_COMPAT_SDL} ${program_cases})
+  quorvane_outside_tests(fault Faults _compat ${QUORVANE_COMPAT_SDL} ${fault_cases})
 endif()
+
+quorvane_add_test(NAME soak COMMAND ${CMAKE_SOURCE_DIR}/tools/virtual-display 640x480 ${python}
+                                    ${CMAKE_CURRENT_SOURCE_DIR}/soak ${CMAKE_BINARY_DIR} 1)

@@ -25,7 +25,7 @@ const char* loss_watch::cause(const game& game) const {
         const shot& shot = game.shots[i];
         const bool harmful = shot.from_enemy == 0 || shot.color != player.color;
         if (in_flight[i] != 0 && shot.active == 0 && harmful &&
-            math_distance(&shot.position, &player.position) < 0.3) {
+            math_distance(&shot.position, &player.position) < 0.2) {
             return shot.from_enemy != 0 ? "enemy-shot" : "own-shot";
         }
     }
