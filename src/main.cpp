@@ -535,13 +535,14 @@ int main(int /*argument_count*/, char** /*arguments*/) {
                    .reinit = 0,
                    .native_width = native_width,
                    .native_height = native_height};
-    if (const int status = run_video_modes(&shell); status != 0) {
-        return status;
-    }
+    const int status = run_video_modes(&shell);
 
     menu.reset();
     player_music_stop();
-    player_destroy();
+    player_destroy();  // also when it failed: the mixer's thread may not outlive this function
+    if (status != 0) {
+        return status;
+    }
     SDL_Quit();
     settings_save(settings.get(), SETTINGS_FILE);
     return 0;

@@ -547,6 +547,8 @@ class Program(Driver):
         phase("game_over")
         self.key("Escape")
         self.expect_menu("Start game")
+        if self.lost_to() == "hull":  # by chance, and without a sound
+            phases[-1] = [], phases[-1][1]
         self.key("Escape")
         self.assertEqual(self.process.wait(60), 0)
 
