@@ -8,9 +8,10 @@
 #include <SDL.h>
 #include <benchmark/benchmark.h>
 
+#include "assets.h"
 #include "font.h"
-#include "main.h"
 #include "recorded_game.h"
+#include "video.h"
 
 namespace {
 

@@ -58,7 +58,7 @@ note() {
     "$build/bench/measure" "$@" | sed "s/{/{\"name\": \"$name\", \"played_s\": $played, /" >>"$out"
 }
 
-verify() { note "$1" "$2" "$build/tools/quorvane-replay" verify "${@:3}"; }
+verify() { note "$1" "$2" "$build/replay/quorvane-replay" verify "${@:3}"; }
 
 # played NAMES...: seconds of play in these games
 played() { for game in "$@"; do grep "^$game" tests/golden/games/index.tsv; done |
@@ -92,7 +92,7 @@ else
 fi
 
 # Ours must have played whole games, too: each to its own end.
-"$build/tools/quorvane-replay" verify "${one_of_each[@]}" >"$scratch/verdicts" || true
+"$build/replay/quorvane-replay" verify "${one_of_each[@]}" >"$scratch/verdicts" || true
 if [ "$(grep -c 'bad-signature.*end=self' "$scratch/verdicts")" -ne "${#games[@]}" ]; then
     cat "$scratch/verdicts" >&2
     exit 1

@@ -147,7 +147,7 @@ BENCHMARK(play_all)->Unit(benchmark::kMillisecond);
 // when the shot pool grows. No time is measured.
 void step_allocations(State& state) {
     double sounds[SOUND_COUNT] = {};
-    headless_services.on_sound = [&sounds](uint32_t id) { sounds[id] += 1; };
+    heard_sound = [&sounds](uint32_t id) { sounds[id] += 1; };
     double steps = 0;
     double idle_steps = 0;
     double unexplained = 0;
@@ -182,7 +182,7 @@ void step_allocations(State& state) {
             }
         }
     }
-    headless_services = {};
+    heard_sound = nullptr;
     state.counters = {{"steps", steps},
                       {"steps_without", idle_steps},
                       {"unexplained", unexplained},

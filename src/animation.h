@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-#include "texture.h"
+#include "texture_id.h"
 
 enum animation_type : int32_t {
     ANIMATION_SHIP,

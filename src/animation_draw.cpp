@@ -7,6 +7,7 @@
 #include "assertion.h"
 #include "gl_guard.h"
 #include "quads.h"
+#include "texture.h"
 
 void animation_render(const animation* anim, int32_t time) {
     assert(anim);

@@ -12,7 +12,7 @@
 #include "assertion.h"
 #include "game.h"
 #include "input.h"
-#include "player.h"
+#include "sound.h"
 
 namespace {
 

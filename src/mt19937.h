@@ -17,3 +17,6 @@ void init_genrand(uint32_t seed);
 
 // The next 32-bit number. A generator that was never seeded starts with seed 5489.
 uint32_t genrand_int32();
+
+// Numbers drawn by this process so far, modulo 2^32, whatever it was seeded with meanwhile.
+uint32_t genrand_count();

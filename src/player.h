@@ -9,29 +9,13 @@
 
 #include <cstdint>
 
-enum sound_id : uint32_t {
-    SOUND_SHOOT_PLAYER,
-    SOUND_SHOOT_ENEMY,
-    SOUND_EXPLODE,
-    SOUND_SHIELD_CHANGE,
-    SOUND_SHIELD_HIT,
-    SOUND_GAME_START,
-    SOUND_GAME_OVER,
-    SOUND_CHAIN,
-    SOUND_MENU_MOVE,
-    SOUND_MENU_SELECT,
-    SOUND_MENU_BACK,
-    SOUND_COUNT
-};
+#include "sound.h"
 
 // Opens the audio device and loads the effects and every track of `music_dir` (borrowed: the text
 // must outlive the player). 0; -1 if there is a player already; -2 if the device cannot be opened,
 // with a message on standard output.
 int32_t player_init(const char* music_dir);
 void player_destroy();  // nothing without a player
-
-// Plays an effect once on a free channel; an id that does not exist is ignored.
-void player_play_sound(uint32_t id);
 
 // 0; -1 no player, -2 no tracks, -3 already playing, -4 the track could not be played.
 int32_t player_music_start();
@@ -42,5 +26,7 @@ void player_music_stop();
 int32_t player_scan_music();
 int32_t player_load_sounds();  // always 0: a missing effect is silent
 
-// The mixer calls this on its own thread when a track ends; draws the next one.
+// The mixer calls this on its own thread when a track ends; draws the next one with std::rand,
+// which the main thread calls as well (for the first track and for the stars). glibc's takes a lock
+// of its own; where another C library promises nothing, the worst is an unlucky track or star.
 void player_music_finished();

@@ -2,80 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 // The pictures of the current video mode, addressed by small numbers. The module holds only the GL
-// names; the asset table that says which file has which id lives with the program entry.
+// names; assets.cpp says which file has which id.
 
 #pragma once
 
 #include <cstdint>
 
-using texture_id = int32_t;
-
-enum texture_name : texture_id {
-    TEXTURE_SHOT_BLUE,
-    TEXTURE_SHOT_RED,
-    TEXTURE_ENEMY_SHOT_BLUE,
-    TEXTURE_ENEMY_SHOT_RED,
-    TEXTURE_SHIELD_FLASH_1,
-    TEXTURE_SHIELD_FLASH_2,
-    TEXTURE_SHIELD_BLUE_1,
-    TEXTURE_SHIELD_BLUE_2,
-    TEXTURE_SHIELD_BLUE_3,
-    TEXTURE_SHIELD_BLUE_4,
-    TEXTURE_SHIELD_BLUE_5,
-    TEXTURE_SHIELD_BLUE_6,
-    TEXTURE_SHIELD_RED_1,
-    TEXTURE_SHIELD_RED_2,
-    TEXTURE_SHIELD_RED_3,
-    TEXTURE_SHIELD_RED_4,
-    TEXTURE_SHIELD_RED_5,
-    TEXTURE_SHIELD_RED_6,
-    TEXTURE_PLAYER_SHOT_BLUE_1,
-    TEXTURE_PLAYER_SHOT_BLUE_2,
-    TEXTURE_PLAYER_SHOT_BLUE_3,
-    TEXTURE_PLAYER_SHOT_RED_1,
-    TEXTURE_PLAYER_SHOT_RED_2,
-    TEXTURE_PLAYER_SHOT_RED_3,
-    TEXTURE_SHIP_1,
-    TEXTURE_SHIP_2,
-    TEXTURE_SHIP_3,
-    TEXTURE_SHIP_4,
-    TEXTURE_SPLASH,
-    TEXTURE_FONT,
-    TEXTURE_FONT_NUMBERS,
-    TEXTURE_MENU_KEYBOARD,
-    TEXTURE_ENEMY_BLUE_1,
-    TEXTURE_ENEMY_BLUE_2,
-    TEXTURE_ENEMY_BLUE_3,
-    TEXTURE_ENEMY_BLUE_4,
-    TEXTURE_ENEMY_BLUE_5,
-    TEXTURE_ENEMY_RED_1,
-    TEXTURE_ENEMY_RED_2,
-    TEXTURE_ENEMY_RED_3,
-    TEXTURE_ENEMY_RED_4,
-    TEXTURE_ENEMY_RED_5,
-    TEXTURE_MUZZLE_FLASH,
-    TEXTURE_EXPLOSION_1,
-    TEXTURE_EXPLOSION_2,
-    TEXTURE_EXPLOSION_3,
-    TEXTURE_EXPLOSION_4,
-    TEXTURE_GAUGE,
-    TEXTURE_GAUGE_BAR,
-    TEXTURE_CHAIN_1,
-    TEXTURE_CHAIN_2,
-    TEXTURE_CHAIN_3,
-    TEXTURE_CHAIN_4,
-    TEXTURE_CHAIN_5,
-    TEXTURE_CHAIN_6,
-    TEXTURE_CHAIN_7,
-    TEXTURE_CURSOR,
-    TEXTURE_RESERVED_57,  // named, never loaded: the ids behind keep their numbers
-    TEXTURE_RESERVED_58,
-    TEXTURE_TWIRL,
-    TEXTURE_BLACK_HOLE,
-    TEXTURE_BLACK_HOLE_RAY,
-    TEXTURE_SPACE,
-    TEXTURE_COUNT
-};
+#include "texture_id.h"
 
 void tex_init();     // makes the GL names of a video mode
 void tex_destroy();  // deletes them

@@ -18,8 +18,7 @@
 #include "game.h"
 #include "input.h"
 #include "recorder.h"
-
-int program_main(int argument_count, char** arguments);
+#include "shell.h"
 
 namespace {
 
@@ -86,7 +85,7 @@ int run_program() {
                   {66 + 745, "Return"}, {815, "Escape"}, {818, "Escape"},     {830, "Escape"},
                   {900, "close"},       {1000, "close"}};
     rec.frames.reserve(2000);
-    return program_main(1, nullptr);
+    return shell_run();
 }
 
 struct outcome {

@@ -14,9 +14,9 @@ namespace {
 struct enemy_test : world_test {
     // One step of the schedule; returns the numbers drawn.
     uint32_t spawn(int32_t time) {
-        const uint32_t before = draws_made;
+        const uint32_t before = genrand_count();
         enemy_spawn_ships(&waves, time, g.get(), in.get(), g->players, GAME_SHIP_COUNT);
-        return draws_made - before;
+        return genrand_count() - before;
     }
 };
 

@@ -25,6 +25,4 @@ quorvane_fuzz_target(settings quorvane_program)
 quorvane_fuzz_target(reply quorvane_program)
 quorvane_fuzz_target(text quorvane_program GTest::gtest)
 
-set(tools ${CMAKE_SOURCE_DIR}/tools)
-target_sources(fuzz_game PRIVATE ${tools}/replay_run.cpp ${tools}/counted_random.cpp)
-target_sources(fuzz_text PRIVATE recorder.cpp ${CMAKE_SOURCE_DIR}/src/main.cpp)  # without its main
+target_sources(fuzz_text PRIVATE recorder.cpp)

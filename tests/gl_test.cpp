@@ -19,8 +19,8 @@
 #include "game.h"
 #include "gfx.h"
 #include "gui.h"
-#include "main.h"
 #include "texture.h"
+#include "video.h"
 
 namespace {
 

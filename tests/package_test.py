@@ -100,7 +100,7 @@ class Package(unittest.TestCase):
     def test_notices_go_with_every_copy(self):
         notices = (self.install("usr") / "share/doc/quorvane/copyright").read_text()
         licences = set(re.findall(r"\n\nLicense: (\S+)\n ", notices))
-        for path in [*ROOT.glob("src/*"), *ROOT.glob("tools/*.*")]:
+        for path in [*ROOT.glob("src/*"), *ROOT.glob("replay/*"), *ROOT.glob("tools/*.*")]:
             for holder in re.findall(r"(?m)^// SPDX-FileCopyrightText: (.*)$", path.read_text()):
                 self.assertIn(holder, notices, path.name)
             for terms in re.findall(r"(?m)^// SPDX-License-Identifier: (.*)$", path.read_text()):

@@ -429,7 +429,7 @@ class Driver(unittest.TestCase):
     def lost_to(self):
         """What the recorded game is lost to. The recording has to be good."""
         def told(verb):
-            tool = executable.parent / "tools" / "quorvane-replay"
+            tool = executable.parent / "replay" / "quorvane-replay"
             return json.loads(run(tool, verb, "--json", self.replay))
         self.assertEqual(told("verify")["verdict"], "ok")
         return told("simulate")["lost_to"]

@@ -18,11 +18,12 @@
 #include <stdexcept>
 #include <utility>
 
+#include "assets.h"
 #include "font.h"
-#include "main.h"
 #include "player.h"
 #include "poster.h"
 #include "texture.h"
+#include "video.h"
 
 recorder rec;
 

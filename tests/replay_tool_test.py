@@ -4,7 +4,7 @@
 
 """Drives quorvane-replay on golden recordings, on broken ones and on ones made here.
 
-    tests/replay_tool_test.py build/tools/quorvane-replay [ReplayTool.test_name ...]
+    tests/replay_tool_test.py build/replay/quorvane-replay [ReplayTool.test_name ...]
 """
 
 import csv

@@ -13,7 +13,7 @@ if(QUORVANE_SANITIZE)
 endif()
 
 function(quorvane_service_test name)
-  add_executable(${name} ${name}.cpp ${ARGN})
+  add_executable(${name} ${name}.cpp)
   target_link_libraries(${name} PRIVATE quorvane_program GTest::gtest_main)
 endfunction()
 
@@ -30,10 +30,7 @@ endfunction()
 
 quorvane_service_test(poster_test)
 quorvane_service_test(player_test)
-# The entry's operations without its main.
-quorvane_service_test(gl_test ${CMAKE_SOURCE_DIR}/src/main.cpp)
-set_source_files_properties(${CMAKE_SOURCE_DIR}/src/main.cpp PROPERTIES COMPILE_DEFINITIONS
-                                                                        main=program_main)
+quorvane_service_test(gl_test)
 
 set(virtual_display ${CMAKE_SOURCE_DIR}/tools/virtual-display 1280x1024)
 quorvane_add_test(NAME poster_test COMMAND poster_test)

@@ -9,20 +9,17 @@ add_executable(shell_tests
   font_test.cpp
   gfx_test.cpp
   gui_test.cpp
-  main_test.cpp
   menu_test.cpp
   recorder.cpp
   settings_test.cpp
+  shell_test.cpp
   starfield_test.cpp
-  texture_test.cpp
-  ${CMAKE_SOURCE_DIR}/src/main.cpp)
-set_source_files_properties(${CMAKE_SOURCE_DIR}/src/main.cpp PROPERTIES COMPILE_DEFINITIONS
-                                                                        main=program_main)
+  texture_test.cpp)
 target_link_libraries(shell_tests PRIVATE quorvane_program GTest::gtest_main)
 gtest_discover_tests(shell_tests DISCOVERY_TIMEOUT 60)
 
 # The same with memory that runs out. A program of its own: the allocator is the linker's business.
-add_executable(allocation_tests allocation_test.cpp recorder.cpp ${CMAKE_SOURCE_DIR}/src/main.cpp)
+add_executable(allocation_tests allocation_test.cpp recorder.cpp)
 target_link_libraries(allocation_tests PRIVATE quorvane_program GTest::gtest_main)
 target_link_options(allocation_tests PRIVATE -Wl,--wrap=malloc,--wrap=calloc,--wrap=realloc,--wrap=free)
 gtest_discover_tests(allocation_tests WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}

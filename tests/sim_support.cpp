@@ -8,24 +8,16 @@
 #include <fstream>
 #include <iomanip>
 
-uint32_t draws_made = 0;
-
-// The linker sends every call of genrand_int32 through the counter.
-uint32_t real_draw() __asm__("__real__Z13genrand_int32v");
-uint32_t counted_draw() __asm__("__wrap__Z13genrand_int32v");
-
-uint32_t counted_draw() {
-    ++draws_made;
-    return real_draw();
-}
-
 sim_test::sim_test() {
     headless_services = {};
-    headless_services.on_sound = [this](uint32_t id) { sounds.push_back(id); };
+    heard_sound = [this](uint32_t id) { sounds.push_back(id); };
     headless_services.on_delay = [this](uint32_t ms) { delays.push_back(ms); };
 }
 
-sim_test::~sim_test() { headless_services = {}; }
+sim_test::~sim_test() {
+    headless_services = {};
+    heard_sound = nullptr;
+}
 
 std::vector<strings> read_table(const std::string& path, char separator) {
     std::vector<strings> table;

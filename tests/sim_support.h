@@ -19,13 +19,13 @@
 #include "game.h"
 #include "headless.h"
 #include "input.h"
-#include "player.h"
+#include "mt19937.h"
+#include "playback.h"
 #include "replay.h"
+#include "sound.h"
 
 using numbers = std::vector<uint32_t>;
 using strings = std::vector<std::string>;
-
-extern uint32_t draws_made;  // numbers drawn from the game generator
 
 // Each test starts with silent services at clock 1 ms, which log what they are asked.
 struct sim_test : testing::Test {

@@ -6,7 +6,7 @@
 
 #include "texture.h"
 
-#include "main.h"
+#include "assets.h"
 #include "recorder.h"
 
 namespace {

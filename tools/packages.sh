@@ -7,12 +7,12 @@
 # of pkg-config, and with "python:" before them those of the system's Python), and the packages of
 # Fedora and Arch.
 BUILD_DEBIAN="cmake make g++ pkg-config libsdl1.2-dev libsdl-mixer1.2-dev libsdl-image1.2-dev
-    libgl-dev libglu1-mesa-dev libcurl4-openssl-dev"
+    libgl-dev libglu1-mesa-dev libcurl4-openssl-dev libssl-dev"
 BUILD_COMMANDS="cmake make c++ pkg-config"
-BUILD_MODULES="sdl SDL_mixer SDL_image gl glu libcurl"
+BUILD_MODULES="sdl SDL_mixer SDL_image gl glu libcurl libcrypto"
 BUILD_FEDORA="cmake make gcc-c++ pkgconf-pkg-config sdl12-compat-devel SDL_mixer-devel
-    SDL_image-devel mesa-libGL-devel mesa-libGLU-devel libcurl-devel"
-BUILD_ARCH="cmake make gcc pkgconf sdl12-compat sdl_mixer sdl_image libglvnd glu curl"
+    SDL_image-devel mesa-libGL-devel mesa-libGLU-devel libcurl-devel openssl-devel"
+BUILD_ARCH="cmake make gcc pkgconf sdl12-compat sdl_mixer sdl_image libglvnd glu curl openssl"
 
 SCREEN_DEBIAN="xvfb xdotool imagemagick libgl1-mesa-dri"
 SCREEN_COMMANDS="Xvfb xdotool import identify convert"

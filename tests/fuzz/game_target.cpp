@@ -9,7 +9,7 @@
 #include "fuzz.h"
 #include "headless.h"
 #include "mt19937.h"
-#include "replay_run.h"
+#include "playback.h"
 #include "state_hash.h"
 
 namespace {
@@ -40,7 +40,7 @@ struct course {
 
 course play_as_judge(const recording& log) {
     course course;
-    playback run(log);
+    playback run(log.bytes);
     while (run.step()) {
         course.take(*run.game);
     }
@@ -75,10 +75,8 @@ course play_as_program(const recording& log) {
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::vector<uint8_t> image = as_recording(data, size);
-    const memory_file file(image.data(), image.size());
     recording log;
-    std::string reason;
-    if (recording_load(file.path, &log, &reason) == LOAD_OK) {
+    if (recording_read(image, &log).empty()) {
         const course judged = play_as_judge(log);
         const course played = play_as_program(log);
         assert(judged.hash == played.hash && judged.frames == played.frames);

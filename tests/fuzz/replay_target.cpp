@@ -11,7 +11,7 @@
 #include "fuzz.h"
 #include "input.h"
 #include "json_writer.h"
-#include "replay_inspect.h"
+#include "recording_file.h"
 
 namespace {
 
@@ -19,9 +19,10 @@ void read_by_both(const uint8_t* data, size_t size) {
     const memory_file file(data, size);
     const std::shared_ptr<replay> log(replay_init(), replay_destroy);
     const int32_t code = input_read_file(log.get(), file.path.c_str());
-    recording judged;
+    recording_file judged_file;
+    const recording& judged = judged_file.log;
     std::string reason;
-    const load_status status = recording_load(file.path, &judged, &reason);
+    const load_status status = recording_file_load(file.path, &judged_file, &reason);
     assert(status == (code == 0 ? LOAD_OK : LOAD_BROKEN));
     assert(static_cast<size_t>(log->capacity) <= std::max(size, size_t{100}));
     if (code != 0) {
@@ -50,7 +51,6 @@ void read_by_both(const uint8_t* data, size_t size) {
     }
     in_words(judged.impossible);
     in_words(judged.remarks);
-    utc_time(judged.created);
 
     log->event_count = log->loaded_count;
     uint8_t* image = nullptr;
@@ -60,9 +60,10 @@ void read_by_both(const uint8_t* data, size_t size) {
     std::free(image);
     replay_salt salt;
     read_salt("", &salt, &reason);
-    recording again;
-    assert(recording_load(saved.path, &again, &reason) == LOAD_OK);
-    assert(signature_is_right(&again, salt));
+    recording_file saved_file;
+    const recording& again = saved_file.log;
+    assert(recording_file_load(saved.path, &saved_file, &reason) == LOAD_OK);
+    assert(signature_is_right(again, salt));
     assert(again.type_counts == type_counts && again.duration == duration);
     assert(again.name == judged.name && again.score == judged.score);
 }

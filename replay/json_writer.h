@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Quorvane project
 // SPDX-License-Identifier: MIT
 
-// Results as text or as a JSON object, from the same list of fields, and error lines. Names of
+// Results as text or as a JSON object, from the same list of fields. Names of
 // players and files are bytes that anybody chose: nothing in them may break a line, a terminal or
 // the JSON.
 
@@ -23,9 +23,6 @@ std::string json_list(const std::vector<std::string>& texts);
 
 std::string joined(const std::vector<std::string>& texts, const char* between);
 
-// Prints "quorvane-replay: SUBJECT: REASON" on standard error and returns the given status.
-int complain(std::string_view subject, std::string_view reason, int status = 2);
-
 class report {
 public:
     void add(const char* key, int64_t value);
@@ -35,8 +32,6 @@ public:
 
     std::string text(const char* after_key, const char* after_value) const;
     std::string json() const;  // one object on one line, with the line's end
-
-    void print(bool as_json) const;
 
 private:
     struct field {

@@ -28,15 +28,15 @@
 #include <string_view>
 #include <vector>
 
+#include "assets.h"
 #include "font.h"
 #include "fpslimiter.h"
 #include "game.h"
 #include "input.h"
-#include "json_writer.h"
-#include "main.h"
-#include "replay.h"
-#include "replay_inspect.h"
-#include "replay_run.h"
+#include "playback.h"
+#include "recording_file.h"
+#include "tool.h"
+#include "video.h"
 
 namespace {
 
@@ -52,6 +52,7 @@ constexpr const char* USAGE =
     "\n"
     "  --frames DIR    write DIR/frame-000000.png and so on; DIR is made if it is not there\n"
     "  --video OUT     write a video; needs ffmpeg, which chooses the format by OUT's ending\n"
+    "  --force         overwrite OUT if it is there\n"
     "  --size WxH      pixels, 1280x720 unless given\n"
     "  --fps N         pictures a second of game time, 1 to 1000, 50 unless given\n"
     "  --from S        first second of game time, 0 unless given\n"
@@ -73,6 +74,7 @@ struct options {
     int32_t fps = 50;
     double from = 0.0;
     bool help = false;
+    bool force = false;                         // overwrite a video
     double to = GAME_DURATION / MS_PER_SECOND;  // no game lasts longer, whatever its log says
 };
 
@@ -104,7 +106,7 @@ bool parse_size(const char* text, options* options) {
 }
 
 bool parse_options(int count, char** arguments, options* options) {
-    enum { FRAMES, VIDEO, SIZE, FPS, FROM, TO, ASSETS };
+    enum { FRAMES, VIDEO, SIZE, FPS, FROM, TO, ASSETS, FORCE };
     constexpr option NAMES[] = {
         {"frames", required_argument, nullptr, FRAMES},
         {"video", required_argument, nullptr, VIDEO},
@@ -113,6 +115,7 @@ bool parse_options(int count, char** arguments, options* options) {
         {"from", required_argument, nullptr, FROM},
         {"to", required_argument, nullptr, TO},
         {"assets", required_argument, nullptr, ASSETS},
+        {"force", no_argument, nullptr, FORCE},
         {"help", no_argument, nullptr, 'h'},
         {nullptr, 0, nullptr, 0},
     };
@@ -148,6 +151,9 @@ bool parse_options(int count, char** arguments, options* options) {
                 break;
             case ASSETS:
                 options->assets = optarg;
+                break;
+            case FORCE:
+                options->force = true;
                 break;
             case 'h':
                 options->help = true;
@@ -333,9 +339,10 @@ public:
             return true;
         }
         int status = 0;
-        waitpid(process_, &status, 0);
+        const pid_t waited = waitpid(process_, &status, 0);
+        const bool is_its_own = waited == process_;
         process_ = -1;
-        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        return is_its_own && WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
 
 private:
@@ -345,38 +352,21 @@ private:
 
 // --- The game -------------------------------------------------------------------------------
 
-// One recorded frame without its wait: the game time, or a negative number at the end.
-int32_t next_time(input* input) {
-    const int32_t delta = replay_next_tick(input->replay, input_replay_event_cb, input);
-    if (delta < 0) {
-        return -1;
-    }
-    input->elapsed += static_cast<uint32_t>(delta);
-    return static_cast<int32_t>(input->elapsed);
-}
-
-bool draw_game(const options& options, input* input, encoder* encoder) {
-    const std::unique_ptr<game, decltype(&game_destroy)> game(
-        game_init(input, GAME_SHIP_COUNT, options.width, options.height), &game_destroy);
+bool draw_game(const options& options, const recording& log, encoder* encoder) {
+    playback run(log.bytes, options.width, options.height);
     picture picture = {options.width, options.height, {}};
-    int32_t next = next_time(input);
-    uint64_t steps = 0;
-    input->limiter->measured_rate = static_cast<float>(options.fps);  // nothing is limited here
+    run.input->limiter->measured_rate = static_cast<float>(options.fps);  // nothing is limited here
     for (int64_t frame = 0;; ++frame) {
         // Each picture shows the last step that is not later than its own time, in ms.
         const double due =
             (options.from + static_cast<double>(frame) / options.fps) * MS_PER_SECOND;
-        while (next >= 0 && next <= due && game_is_over(game.get()) == 0 && steps < FRAME_LIMIT) {
-            game_step(game.get(), next);
-            next = next_time(input);
-            ++steps;
+        while (run.step_until(due)) {
         }
-        const bool ended = next < 0 || game_is_over(game.get()) != 0 || steps == FRAME_LIMIT;
         if (due > options.to * MS_PER_SECOND) {
             return true;
         }
         glEnable(GL_TEXTURE_2D);
-        game_draw(game.get());
+        game_draw(run.game.get());
         read_picture(&picture);
         if (encoder != nullptr) {
             if (!encoder->write(picture)) {
@@ -389,7 +379,7 @@ bool draw_game(const options& options, input* input, encoder* encoder) {
                 return false;
             }
         }
-        if (ended) {
+        if (run.end != RUN_GOES_ON) {
             return true;
         }
     }
@@ -406,11 +396,6 @@ std::string found_assets() {
 }
 
 bool run(options options, const recording& log) {
-    const std::unique_ptr<input, decltype(&input_destroy)> input(input_init(nullptr),
-                                                                 &input_destroy);
-    replay_reset(input->replay, 1);
-    replay_set_data(input->replay, log.bytes.data(), log.bytes.size());
-    input->is_replay = 1;
     if (!options.frames.empty()) {
         options.frames = absolute_path(options.frames);
         if (mkdir(options.frames.c_str(), 0777) != 0 && errno != EEXIST) {
@@ -421,6 +406,11 @@ bool run(options options, const recording& log) {
         }
     } else {
         options.video = absolute_path(options.video);
+        struct stat status {};
+        if (!options.force && stat(options.video.c_str(), &status) == 0 &&
+            S_ISREG(status.st_mode)) {
+            return refuse(options.video, "it is there already; --force overwrites it");
+        }
     }
     if (options.assets.empty()) {
         options.assets = found_assets();
@@ -451,8 +441,7 @@ bool run(options options, const recording& log) {
     if (to_video && !encoder.open(options)) {
         return false;
     }
-    input_reset(input.get());
-    if (!draw_game(options, input.get(), to_video ? &encoder : nullptr)) {
+    if (!draw_game(options, log, to_video ? &encoder : nullptr)) {
         return false;
     }
     return !to_video || encoder.close() || refuse("ffmpeg", "it has failed");
@@ -461,7 +450,9 @@ bool run(options options, const recording& log) {
 }  // namespace
 
 int main(int argument_count, char** arguments) {
+    open_standard_streams();
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGCHLD, SIG_DFL);  // who ignores it gets no answer of a child
     options options;
     if (!parse_options(argument_count, arguments, &options)) {
         return EXIT_USAGE;
@@ -473,11 +464,11 @@ int main(int argument_count, char** arguments) {
     }
     int status = 0;
     try {
-        recording log;
+        recording_file file;
         std::string reason;
-        status = recording_load(options.file, &log, &reason);
+        status = recording_file_load(options.file, &file, &reason);
         status = status != LOAD_OK ? complain(options.file, reason, status)
-                                   : (run(options, log) ? 0 : 1);
+                                   : (run(options, file.log) ? 0 : 1);
     } catch (const std::bad_alloc&) {
         status = complain("memory", "there is not enough of it");
     }

@@ -4,29 +4,57 @@
 #include "json_writer.h"
 
 #include <algorithm>
-#include <clocale>
 #include <cstdarg>
 #include <cstdio>
-#include <cwchar>
-#include <cwctype>
 #include <iterator>
 #include <utility>
 
 namespace {
 
 // Characters that a terminal obeys, or that turn the rest of a line around, or that nobody sees.
-bool is_hidden(wchar_t c) {
+bool is_hidden(char32_t c) {
     constexpr struct {
-        wchar_t first;
-        wchar_t last;
-    } RANGES[] = {{0x7f, 0x9f},     {0xad, 0xad},      {0x61c, 0x61c},   {0x180e, 0x180e},
-                  {0x200b, 0x200f}, {0x2028, 0x202e},  {0x2060, 0x206f}, {0xfeff, 0xfeff},
-                  {0xfff9, 0xfffb}, {0xe0000, 0xe0fff}};
+        char32_t first;
+        char32_t last;
+    } RANGES[] = {{0x0, 0x1f},      {0x7f, 0x9f},       {0xad, 0xad},     {0x61c, 0x61c},
+                  {0x180e, 0x180e}, {0x200b, 0x200f},   {0x2028, 0x202e}, {0x2060, 0x206f},
+                  {0xe000, 0xf8ff}, {0xfdd0, 0xfdef},   {0xfeff, 0xfeff}, {0xfff0, 0xfffb},
+                  {0xfffe, 0xffff}, {0xe0000, 0x10ffff}};
     return std::any_of(std::begin(RANGES), std::end(RANGES),
                        [c](const auto& range) { return c >= range.first && c <= range.last; });
 }
 
-std::string utf16_escapes(wchar_t c) {
+// The bytes of the UTF-8 character that the text begins with, in its shortest form and one that can
+// be: 0 if there is none.
+size_t utf8_character(std::string_view text, char32_t* character) {
+    const auto first = static_cast<uint8_t>(text[0]);
+    const size_t length = first < 0x80   ? 1
+                          : first < 0xc2 ? 0
+                          : first < 0xe0 ? 2
+                          : first < 0xf0 ? 3
+                          : first < 0xf5 ? 4
+                                         : 0;
+    if (length == 0 || length > text.size()) {
+        return 0;
+    }
+    constexpr uint8_t FIRST_BITS[] = {0, 0x7f, 0x1f, 0x0f, 0x07};
+    constexpr char32_t LEAST[] = {0, 0, 0x80, 0x800, 0x10000};
+    char32_t found = first & FIRST_BITS[length];
+    for (size_t i = 1; i < length; ++i) {
+        const auto byte = static_cast<uint8_t>(text[i]);
+        if ((byte & 0xc0) != 0x80) {
+            return 0;
+        }
+        found = found << 6 | (byte & 0x3f);
+    }
+    if (found < LEAST[length] || found > 0x10ffff || (found >= 0xd800 && found < 0xe000)) {
+        return 0;
+    }
+    *character = found;
+    return length;
+}
+
+std::string utf16_escapes(char32_t c) {
     if (c < 0x10000) {
         return format("\\u%04x", static_cast<unsigned>(c));
     }
@@ -35,23 +63,18 @@ std::string utf16_escapes(wchar_t c) {
 }
 
 std::string escaped(std::string_view text, bool json) {
-    // Whatever the user's language: names are UTF-8 or bytes.
-    std::setlocale(LC_CTYPE, "C.UTF-8");
     std::string out;
     while (!text.empty()) {
-        std::mbstate_t state{};
-        wchar_t wide = 0;
-        size_t length = std::mbrtowc(&wide, text.data(), text.size(), &state);
-        const bool is_special = text[0] == '\\' || (json && text[0] == '"');
-        const bool is_whole = length - 1 < text.size();  // and valid, and not a zero byte
-        const bool is_shown = json ? wide >= L' ' : std::iswprint(static_cast<wint_t>(wide)) != 0;
-        if (is_whole && is_shown && !is_hidden(wide) && !is_special) {
+        char32_t character = 0;
+        size_t length = utf8_character(text, &character);
+        if (text[0] == '\\' || (json && text[0] == '"')) {
+            out.append(1, '\\').append(1, text[0]);
+        } else if (length > 0 && !is_hidden(character)) {
             out += text.substr(0, length);
-        } else if (is_whole && json && !is_special) {
-            out += utf16_escapes(wide);
+        } else if (length > 0 && json) {
+            out += utf16_escapes(character);
         } else {
-            const std::string digits = format("%02x", static_cast<uint8_t>(text[0]));
-            out += is_special ? std::string("\\") + text[0] : (json ? "\\u00" : "\\x") + digits;
+            out += format(json ? "\\u%04x" : "\\x%02x", static_cast<uint8_t>(text[0]));
             length = 1;
         }
         text.remove_prefix(length);
@@ -94,13 +117,6 @@ std::string joined(const std::vector<std::string>& texts, const char* between) {
     return out;
 }
 
-int complain(std::string_view subject, std::string_view reason, int status) {
-    std::fprintf(stderr, "quorvane-replay: %s: %s\n",
-                 subject.empty() ? "an empty name" : printable(subject).c_str(),
-                 printable(reason).c_str());
-    return status;
-}
-
 void report::add(const char* key, int64_t value) {
     add(key, std::to_string(value), std::to_string(value));
 }
@@ -131,8 +147,4 @@ std::string report::json() const {
         }
     }
     return '{' + joined(members, ",") + "}\n";
-}
-
-void report::print(bool as_json) const {
-    std::fputs((as_json ? json() : text(" ", "\n")).c_str(), stdout);
 }

@@ -4,7 +4,7 @@
 // The shell with scripted events and a clock that only delays move: selections, whole game sessions
 // with their end screens, and a run of the program.
 
-#include "main.h"
+#include "shell.h"
 
 #include <fstream>
 
@@ -14,9 +14,8 @@
 #include "menu.h"
 #include "recorder.h"
 #include "replay.h"
+#include "session.h"
 #include "settings.h"
-
-int program_main(int argument_count, char** arguments);
 
 namespace {
 
@@ -212,7 +211,7 @@ TEST(Program, RunsFromMenuToSavedSettings) {
         if (first) {
             rec.script.insert({{2, "Up Up Return"}, {3, "Up Return"}, {4, "Escape"}});
         }
-        EXPECT_EQ(printed_by([] { EXPECT_EQ(program_main(1, nullptr), 0); }),
+        EXPECT_EQ(printed_by([] { EXPECT_EQ(shell_run(), 0); }),
                   first ? "|Loading settings failed, using defaults\n" : "|");
         strings expected{"init", "player music", "mode 800x600x32 gl", "caption Quorvane"};
         for (int i = 0; i < 6; i++) {  // the last decision's frame is drawn

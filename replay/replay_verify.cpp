@@ -14,106 +14,115 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <deque>
 #include <iterator>
 #include <new>
 
-#include "json_writer.h"
-#include "replay_run.h"
+#include "game_key.h"
+#include "judge.h"
+#include "tool.h"
 
 namespace {
 
-// The numbers are the exit statuses of the judging processes.
-enum verdict {
-    VERDICT_OK,
-    VERDICT_BAD_SIGNATURE,
-    VERDICT_UNFINISHED,
-    VERDICT_WRONG_SCORE,
-    VERDICT_IMPOSSIBLE,
-    VERDICT_BROKEN,
-    VERDICT_CRASHED,
-    VERDICT_UNREADABLE,
-    VERDICT_COUNT
+// What a file can end with: a verdict, which is also the exit status of the process that judged it,
+// or one of two others.
+enum outcome : int32_t {
+    OUTCOME_CRASHED = VERDICT_BROKEN + 1,
+    OUTCOME_UNREADABLE,
+    OUTCOME_END,
 };
-constexpr const char* VERDICT_NAMES[] = {"ok",         "bad-signature", "unfinished", "wrong-score",
-                                         "impossible", "broken",        "crashed",    "unreadable"};
-static_assert(std::size(VERDICT_NAMES) == VERDICT_COUNT);
+
+const char* outcome_name(int32_t outcome) {
+    return outcome == OUTCOME_CRASHED      ? "crashed"
+           : outcome == OUTCOME_UNREADABLE ? "unreadable"
+                                           : verdict_name(static_cast<verdict>(outcome));
+}
 
 // --- One file -------------------------------------------------------------------------------
 
 // A line of cells: the verdict, the file, and what else is to say as KEY=TEXT.
-std::string verdict_line(verdict verdict, const std::string& path, const report& details) {
+std::string outcome_line(int32_t outcome, const std::string& path, const report& details) {
     std::string line =
-        joined({VERDICT_NAMES[verdict], printable(path), details.text("=", "\t")}, "\t");
+        joined({outcome_name(outcome), printable(path), details.text("=", "\t")}, "\t");
     line.back() = '\n';
     return line;
 }
 
 // What is printed for a file that was not judged: a line, and behind a zero byte the reason for
 // standard error.
-std::string failure(verdict verdict, const std::string& path, const std::string& reason,
+std::string failure(int32_t outcome, const std::string& path, const std::string& reason,
                     bool json) {
     report report;
     report.add("file", "", json_string(path));
-    report.add("verdict", "", json_string(VERDICT_NAMES[verdict]));
+    report.add("verdict", "", json_string(outcome_name(outcome)));
     report.add("error", reason);
-    return (json ? report.json() : verdict_line(verdict, path, report)) + '\0' + reason;
+    return (json ? report.json() : outcome_line(outcome, path, report)) + '\0' + reason;
 }
 
-verdict judge(const std::string& path, const verify_options& options, std::string* result) {
-    recording log;
-    std::string reason;
-    const load_status status = recording_load(path, &log, &reason);
-    if (status != LOAD_OK) {
-        const verdict verdict = status == LOAD_BROKEN ? VERDICT_BROKEN : VERDICT_UNREADABLE;
-        *result = failure(verdict, path, reason, options.json);
-        return verdict;
+// {"entries":[[TIME,KIND,POINTS],...],"scores":[...]}
+std::string json_course(const game_course& course) {
+    std::vector<std::string> entries;
+    for (const course_entry& entry : course.entries) {
+        entries.push_back(
+            format("[%d,\"%s\",%d]", entry.time, course_kind_name(entry.kind), entry.points));
     }
-    playback run(log);
-    while (run.step()) {
+    std::vector<std::string> scores;
+    for (const int32_t score : course.scores) {
+        scores.push_back(std::to_string(score));
     }
-    if (run.end == RUN_FRAME_LIMIT) {
-        log.impossible.push_back({"more frames than a game can have", 1, run.events - 1});
-    }
-    if (run.end == RUN_SELF && run.events < log.event_count) {
-        log.impossible.push_back(
-            {"an event after the game's end", log.event_count - run.events, run.events});
-    }
-    const bool is_signed = signature_is_right(&log, options.salt);
-    const bool before = log.score == static_cast<uint32_t>(run.score_before);
-    const bool after = log.score == static_cast<uint32_t>(run.score());
-    verdict verdict = is_signed ? VERDICT_OK : VERDICT_BAD_SIGNATURE;
-    if (!log.impossible.empty()) {
-        verdict = VERDICT_IMPOSSIBLE;
-    } else if (!before && !after) {
-        verdict = VERDICT_WRONG_SCORE;
-    } else if (!before && run.end != RUN_SELF) {
-        // A game that ends itself is recorded up to the step that ends it; one that is ended by
-        // Escape or by closing the window, up to a frame whose step was left out. So the score
-        // before the last step is good, whatever that step does here, but not the one after a
-        // step behind which the game goes on.
-        verdict = VERDICT_UNFINISHED;
-    }
+    return "{\"entries\":[" + joined(entries, ",") + "],\"scores\":[" + joined(scores, ",") + "]}";
+}
 
-    const auto reasons = in_words(log.impossible);
-    const auto remarks = in_words(log.remarks);
+void add_played(const judgement& found, const game_result& game, bool course, report* report) {
+    const bool before = found.log.score == static_cast<uint32_t>(game.before);
+    const bool after = found.log.score == static_cast<uint32_t>(game.after);
+    report->add("before", game.before);
+    report->add("after", game.after);
+    report->add("matched", before && after ? "both" : before ? "before" : after ? "after" : "none");
+    report->add("end", run_end_name(game.end));
+    report->add("lost_to", "", json_string(game.lost_to));
+    report->add("frames", static_cast<int64_t>(game.frames));
+    report->add("time", game.time);
+    if (!game.key.empty()) {
+        report->add("key", "", json_string(game_key_digest(game.key)));
+    }
+    if (course) {
+        report->add("course", "", json_course(game.course));
+    }
+}
+
+int32_t judge(const std::string& path, const verify_options& options, std::string* result) {
+    std::vector<uint8_t> bytes;
+    std::string reason;
+    const load_status status = recording_file_read(path, &bytes, &reason);
+    if (status != LOAD_OK) {
+        const int32_t outcome =
+            status == LOAD_BROKEN ? VERDICT_BROKEN : int32_t{OUTCOME_UNREADABLE};
+        *result = failure(outcome, path, reason, options.json);
+        return outcome;
+    }
+    const judgement found = judge_recording(bytes, {options.salt, options.course});
+    if (found.verdict == VERDICT_BROKEN) {
+        *result = failure(found.verdict, path, found.error, options.json);
+        return found.verdict;
+    }
+    const auto reasons = in_words(found.log.impossible);
+    const auto remarks = in_words(found.log.remarks);
     report report;
     report.add("file", "", json_string(path));
-    report.add("verdict", "", json_string(VERDICT_NAMES[verdict]));
-    report.add("score", int64_t{log.score});
-    report.add("before", run.score_before);
-    report.add("after", run.score());
-    report.add("matched", before && after ? "both" : before ? "before" : after ? "after" : "none");
-    report.add("end", RUN_END_NAMES[run.end]);
-    report.add("frames", static_cast<int64_t>(run.frames));
-    report.add("time", run.game->time);
-    report.add("signature", is_signed ? "right" : "wrong");
+    report.add("verdict", "", json_string(verdict_name(found.verdict)));
+    report.add("score", int64_t{found.log.score});
+    if (found.played) {
+        add_played(found, *found.played, options.course, &report);
+    }
+    report.add("signature", found.is_signed ? "right" : "wrong");
     report.add("reasons", joined(reasons, ", "), json_list(reasons));
     report.add("remarks", joined(remarks, ", "), json_list(remarks));
-    *result = options.json ? report.json() : verdict_line(verdict, path, report);
-    return verdict;
+    *result = options.json ? report.json() : outcome_line(found.verdict, path, report);
+    return found.verdict;
 }
 
 // --- The names ------------------------------------------------------------------------------
@@ -204,7 +213,7 @@ struct job {
     std::string name;
     pid_t process;
     int pipe;  // that the result comes through; -1 when it is here
-    int verdict;
+    int outcome;
     std::string result;
 };
 
@@ -213,6 +222,8 @@ public:
     explicit verification(const verify_options& given) : options(given), names(given) {}
 
     int run() {
+        // Who ignores SIGCHLD, and a program that does hands it on, gets no answer of its children.
+        std::signal(SIGCHLD, SIG_DFL);
         std::string name;
         while (true) {
             bool has_room = true;
@@ -231,12 +242,12 @@ public:
         }
         if (!options.json) {
             std::printf("summary\t%zu files\t", printed);
-            for (size_t i = 0; i < VERDICT_COUNT; ++i) {
-                std::printf("%s%s=%zu", i == 0 ? "" : " ", VERDICT_NAMES[i], counts[i]);
+            for (int32_t i = VERDICT_OK; i < OUTCOME_END; ++i) {
+                std::printf("%s%s=%zu", i == VERDICT_OK ? "" : " ", outcome_name(i), counts[i]);
             }
             std::puts("");
         }
-        return counts[VERDICT_UNREADABLE] > 0 || names.has_failed() ? 2
+        return counts[OUTCOME_UNREADABLE] > 0 || names.has_failed() ? 2
                : counts[VERDICT_OK] < printed                       ? 1
                                                                     : 0;
     }
@@ -258,7 +269,7 @@ private:
             close(ends[0]);
             return false;
         }
-        window.push_back({name, process, ends[0], VERDICT_CRASHED, ""});
+        window.push_back({name, process, ends[0], OUTCOME_CRASHED, ""});
         ++running;
         if (process < 0) {
             finish(&window.back(), std::strerror(error));
@@ -272,14 +283,20 @@ private:
             close(other.pipe);
         }
         std::string result;
-        verdict verdict = VERDICT_UNREADABLE;
+        int32_t outcome = OUTCOME_UNREADABLE;
         try {
-            verdict = judge(name, options, &result);
+            outcome = judge(name, options, &result);
         } catch (const std::bad_alloc&) {
-            result = failure(verdict, name, "there is not enough memory for it", options.json);
+            result = failure(outcome, name, "there is not enough memory for it", options.json);
         }
-        const ssize_t written = write(pipe, result.data(), result.size());
-        _exit(written == static_cast<ssize_t>(result.size()) ? verdict : VERDICT_CRASHED);
+        for (size_t at = 0; at < result.size();) {
+            const ssize_t count = write(pipe, result.data() + at, result.size() - at);
+            if (count <= 0) {
+                _exit(OUTCOME_CRASHED);
+            }
+            at += static_cast<size_t>(count);
+        }
+        _exit(outcome);
     }
 
     // Waits for a result, or for names if there is somebody to take them.
@@ -297,7 +314,7 @@ private:
         poll(events.data(), static_cast<nfds_t>(events.size()), progress_bar::INTERVAL);
         for (size_t i = 0; i < jobs.size(); ++i) {
             if (events[i].revents != 0) {
-                finish(jobs[i]);
+                take(jobs[i]);
             }
         }
         if (events.back().revents != 0) {
@@ -305,26 +322,37 @@ private:
         }
     }
 
-    void finish(job* job, const char* start_error = nullptr) {
-        char chunk[4096];
-        for (ssize_t count = 0; (count = read(job->pipe, chunk, sizeof(chunk))) > 0;) {
+    // Takes what there is of a result; at its end, the verdict from the process itself.
+    void take(job* job) {
+        char chunk[65536];
+        const ssize_t count = read(job->pipe, chunk, sizeof(chunk));
+        if (count > 0) {
             job->result.append(chunk, static_cast<size_t>(count));
+        } else if (count == 0 || errno != EINTR) {
+            finish(job);
         }
+    }
+
+    void finish(job* job, const char* start_error = nullptr) {
         close(job->pipe);
         job->pipe = -1;
         --running;
         int status = 0;
-        if (start_error == nullptr) {
-            waitpid(job->process, &status, 0);
+        pid_t waited = -1;
+        while (start_error == nullptr && (waited = waitpid(job->process, &status, 0)) < 0 &&
+               errno == EINTR) {
         }
-        if (WIFEXITED(status) && WEXITSTATUS(status) < VERDICT_COUNT && !job->result.empty()) {
-            job->verdict = WEXITSTATUS(status);
+        const bool has_ended = waited == job->process;
+        const int outcome = has_ended && WIFEXITED(status) ? WEXITSTATUS(status) : 0;
+        if (outcome >= VERDICT_OK && outcome < OUTCOME_END && outcome != OUTCOME_CRASHED &&
+            !job->result.empty()) {
+            job->outcome = outcome;
             return;
         }
-        const char* const how = start_error != nullptr ? start_error
-                                : WIFSIGNALED(status)  ? strsignal(WTERMSIG(status))
-                                                       : "gave no verdict";
-        job->result = failure(VERDICT_CRASHED, job->name,
+        const char* const how = start_error != nullptr             ? start_error
+                                : has_ended && WIFSIGNALED(status) ? strsignal(WTERMSIG(status))
+                                                                   : "gave no verdict";
+        job->result = failure(OUTCOME_CRASHED, job->name,
                               std::string("the process that judged it: ") + how, options.json);
     }
 
@@ -332,7 +360,7 @@ private:
         for (; !window.empty() && window.front().pipe == -1; window.pop_front(), ++printed) {
             const job& job = window.front();
             progress.clear();
-            ++counts[job.verdict];
+            ++counts[job.outcome];
             std::fputs(job.result.c_str(), stdout);  // up to the zero byte
             std::fflush(stdout);
             const size_t end = job.result.find('\0');
@@ -348,7 +376,7 @@ private:
     std::deque<job> window;  // names handed out whose verdict is not printed
     size_t running = 0;
     size_t printed = 0;
-    size_t counts[VERDICT_COUNT] = {};
+    size_t counts[OUTCOME_END] = {};
     progress_bar progress;
 };
 

@@ -15,15 +15,20 @@
 #include <cstring>
 #include <iterator>
 #include <new>
+#include <optional>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
-#include "json_writer.h"
-#include "replay_inspect.h"
-#include "replay_run.h"
+#include "course.h"
+#include "game_key.h"
+#include "judge.h"
+#include "recording_file.h"
+#include "replay_simulate.h"
 #include "replay_text.h"
 #include "replay_verify.h"
+#include "tool.h"
 
 namespace {
 
@@ -45,20 +50,26 @@ struct verb {
 };
 
 constexpr option OPTIONS[] = {
-    {"json", no_argument, nullptr, 'j'},       {"salt-file", required_argument, nullptr, 's'},
-    {"jobs", required_argument, nullptr, 'J'}, {"null", no_argument, nullptr, '0'},
-    {"trace", no_argument, nullptr, 't'},      {"diff", required_argument, nullptr, 'd'},
-    {"help", no_argument, nullptr, 'h'},       {nullptr, 0, nullptr, 0},
+    {"json", no_argument, nullptr, 'j'},
+    {"salt-file", required_argument, nullptr, 's'},
+    {"jobs", required_argument, nullptr, 'J'},
+    {"null", no_argument, nullptr, '0'},
+    {"course", no_argument, nullptr, 'c'},
+    {"trace", no_argument, nullptr, 't'},
+    {"diff", required_argument, nullptr, 'd'},
+    {"help", no_argument, nullptr, 'h'},
+    {nullptr, 0, nullptr, 0},
 };
 
 // Loads a file. Returns an exit status, and the reason is told.
-int load_file(const std::string& path, recording* log) {
+int load_file(const std::string& path, recording_file* file) {
     std::string reason;
-    const load_status status = recording_load(path, log, &reason);
+    const load_status status = recording_file_load(path, file, &reason);
     return status == LOAD_OK ? 0 : complain(path, reason, status);
 }
 
-void describe(recording& log, const verify_options& options) {
+void describe(const recording_file& file, const verify_options& options) {
+    const recording& log = file.log;
     std::vector<std::string> types;
     std::vector<std::string> json_types;
     uint64_t named = 0;
@@ -74,7 +85,7 @@ void describe(recording& log, const verify_options& options) {
 
     report report;
     const std::string created = std::to_string(log.created);
-    report.add("file", log.path);
+    report.add("file", file.path);
     report.add("size", static_cast<int64_t>(log.bytes.size()));
     report.add("name", '[' + printable(log.name) + ']', json_string(log.name));
     report.add("score", int64_t{log.score});
@@ -84,24 +95,24 @@ void describe(recording& log, const verify_options& options) {
     report.add("frames", static_cast<int64_t>(log.type_counts[REPLAY_EVENT_TICK / 4]));
     report.add("events", static_cast<int64_t>(log.event_count));
     report.add("types", joined(types, " "), '{' + joined(json_types, ",") + '}');
-    report.add("signature", signature_is_right(&log, options.salt) ? "right" : "wrong");
-    report.print(options.json);
+    report.add("signature", signature_is_right(log, options.salt) ? "right" : "wrong");
+    print_report(report, options.json);
 }
 
 int run_info(const arguments& arguments) {
     int worst = 0;
     for (const std::string& path : arguments.common.files) {
-        recording log;
+        recording_file file;
         std::string reason;
-        const load_status status = recording_load(path, &log, &reason);
+        const load_status status = recording_file_load(path, &file, &reason);
         if (status == LOAD_OK) {
-            describe(log, arguments.common);
+            describe(file, arguments.common);
         } else {
             if (arguments.common.json) {
                 report report;
                 report.add("file", path);
                 report.add("error", reason);
-                report.print(true);
+                print_report(report, true);
             }
             complain(path, reason);
         }
@@ -122,22 +133,67 @@ int run_verify(const arguments& arguments) {
 }
 
 int run_simulate(const arguments& arguments) {
-    recording log;
-    const int status = load_file(arguments.common.files[0], &log);
+    recording_file file;
+    const int status = load_file(arguments.common.files[0], &file);
     if (status != 0 || !arguments.other.empty()) {
-        return status != 0 ? status : simulate_diff(log, arguments.other, arguments.common.json);
+        return status != 0 ? status : simulate_diff(file, arguments.other, arguments.common.json);
     }
-    simulate(log, arguments.trace, arguments.common.json);
+    simulate(file, arguments.trace, arguments.common.json);
     return 0;
 }
 
 int run_dump(const arguments& arguments) {
-    recording log;
-    const int status = load_file(arguments.common.files[0], &log);
+    recording_file file;
+    const int status = load_file(arguments.common.files[0], &file);
     if (status == 0) {
-        dump_recording(log);
+        dump_recording(file.log);
     }
     return status;
+}
+
+int run_key(const arguments& arguments) {
+    int worst = 0;
+    for (const std::string& path : arguments.common.files) {
+        recording_file file;
+        int status = load_file(path, &file);
+        if (status == 0) {
+            const judgement found = judge_recording(file.bytes, {});
+            if (found.verdict == VERDICT_IMPOSSIBLE) {
+                const auto reasons = in_words(found.log.impossible);
+                status = complain(path, "no key, an impossible game: " + joined(reasons, ", "), 1);
+            } else {
+                // As in the lines of verify, a name is one line, whatever its bytes.
+                std::printf("%s  %s\n", game_key_digest(found.played->key).c_str(),
+                            printable(path).c_str());
+                std::fflush(stdout);
+            }
+        }
+        worst = std::max(worst, status);
+    }
+    return worst;
+}
+
+int run_likeness(const arguments& arguments) {
+    recording_file files[2];
+    game_course courses[2];
+    for (size_t i = 0; i < 2; ++i) {
+        const int status = load_file(arguments.common.files[i], &files[i]);
+        if (status != 0) {
+            return status;
+        }
+    }
+    if (files[0].log.first_seed != files[1].log.first_seed) {
+        return complain(files[1].path,
+                        format("its seed is %u, not %u: games with two seeds are not compared",
+                               files[1].log.first_seed, files[0].log.first_seed),
+                        1);
+    }
+    for (size_t i = 0; i < 2; ++i) {
+        courses[i] = course_of(files[i].bytes);
+    }
+    const std::optional<double> found = likeness(courses[0], courses[1]);
+    std::puts(found ? format("%.2f", *found).c_str() : "undefined");
+    return 0;
 }
 
 int run_pack(const arguments& arguments) {
@@ -152,11 +208,13 @@ constexpr verb VERBS[] = {
      "  --json            one JSON object a file, on a line\n"
      "  --salt-file SALT  check signatures with the 77 bytes of this file, not the built-in "
      "ones\n"},
-    {"verify", run_verify, "jsJ0h", 0, SIZE_MAX,
-     "Usage: quorvane-replay verify [--json] [--salt-file SALT] [--jobs N] [-0] [FILE...]\n"
+    {"verify", run_verify, "jcsJ0h", 0, SIZE_MAX,
+     "Usage: quorvane-replay verify [--json [--course]] [--salt-file SALT] [--jobs N] [-0] "
+     "[FILE...]\n"
      "Plays recordings again and prints a verdict for each, then a summary. Without FILE, or with\n"
      "-, the names come from standard input, one a line.\n"
      "  --json            one JSON object a file, on a line, and no summary\n"
+     "  --course          with what happened when, and the score at each second\n"
      "  --salt-file SALT  check signatures with the 77 bytes of this file, not the built-in ones\n"
      "  --jobs N          N processes at a time, not one for each core\n"
      "  -0, --null        the names on standard input end with a zero byte\n"
@@ -176,6 +234,16 @@ constexpr verb VERBS[] = {
      "Usage: quorvane-replay pack TEXT OUT\n"
      "Makes a recording of a text as dump prints it; - is standard input or output. The signature\n"
      "is the one in the text.\n"},
+    {"key", run_key, "h", 1, SIZE_MAX,
+     "Usage: quorvane-replay key FILE...\n"
+     "Prints a key for each game: the same for all recordings of one game, whatever name, score,\n"
+     "time and signature they have, and another one for any other game. An impossible log has "
+     "none.\n"},
+    {"likeness", run_likeness, "h", 2, 2,
+     "Usage: quorvane-replay likeness A B\n"
+     "Plays two recordings that have one seed and prints how alike the courses of their scores "
+     "are,\n"
+     "from 0.00 to 1.00, or \"undefined\" where one of them has too short a course.\n"},
 };
 
 constexpr const char* HELP =
@@ -186,17 +254,24 @@ constexpr const char* HELP =
     "  simulate  plays one and prints what came of it\n"
     "  dump      prints one as text\n"
     "  pack      makes one of such a text\n"
+    "  key       what all recordings of one game have in common\n"
+    "  likeness  how alike two games with one seed are\n"
     "  export    draws one as pictures or a video\n"
     "  --help, VERB --help, --version\n"
     "Exit status: 0 all is good; 1 a file is not good, or two games part; 2 wrong usage, or a "
     "file\n"
     "that cannot be read.\n";
 
+bool parse_jobs(const char* text, size_t* jobs) {
+    constexpr size_t MOST_JOBS = 256;
+    const char* const end = text + std::strlen(text);
+    const auto [behind, error] = std::from_chars(text, end, *jobs);
+    return behind == end && error == std::errc() && *jobs >= 1 && *jobs <= MOST_JOBS;
+}
+
 // Takes the options of a verb: null, or what is wrong with them.
 const char* take_options(const verb& verb, int argc, char** argv, arguments* arguments) {
-    constexpr size_t MOST_JOBS = 256;
     verify_options* const common = &arguments->common;
-    const char* end = nullptr;
     opterr = 0;
     for (int code = 0; (code = getopt_long(argc, argv, "0h", OPTIONS, nullptr)) != -1;) {
         if (code == '?' || std::strchr(verb.options, code) == nullptr) {
@@ -209,13 +284,14 @@ const char* take_options(const verb& verb, int argc, char** argv, arguments* arg
             case 'j':
                 common->json = true;
                 break;
+            case 'c':
+                common->course = true;
+                break;
             case 's':
                 arguments->salt_file = optarg;
                 break;
             case 'J':
-                end = optarg + std::strlen(optarg);
-                if (std::from_chars(optarg, end, common->jobs).ptr != end || common->jobs < 1 ||
-                    common->jobs > MOST_JOBS) {
+                if (!parse_jobs(optarg, &common->jobs)) {
                     return "--jobs takes a number from 1 to 256";
                 }
                 break;
@@ -236,6 +312,9 @@ const char* take_options(const verb& verb, int argc, char** argv, arguments* arg
     common->files.assign(argv + optind, argv + argc);
     if (common->files.size() < verb.least_files || common->files.size() > verb.most_files) {
         return "too few or too many files";
+    }
+    if (common->course && !common->json) {
+        return "--course goes with --json only";
     }
     const bool exclusive = !arguments->trace || (arguments->other.empty() && !common->json);
     return exclusive ? nullptr : "--trace goes neither with --diff nor with --json";
@@ -284,7 +363,9 @@ int run(int argc, char** argv) {
     } else if (word == "--version") {
         std::puts("quorvane-replay " QUORVANE_VERSION);
     } else {
-        return complain(word.empty() ? "no verb" : word, "see quorvane-replay --help");
+        return complain(word.empty() ? "no verb" : word,
+                        word.empty() ? "see quorvane-replay --help"
+                                     : "no such verb; see quorvane-replay --help");
     }
     return 0;
 }
@@ -292,6 +373,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    open_standard_streams();
     int status = 0;
     try {
         status = run(argc, argv);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Quorvane project
 // SPDX-License-Identifier: MIT
 
-#include "replay_run.h"
+#include "replay_simulate.h"
 
 #include <sys/stat.h>
 
@@ -15,17 +15,13 @@
 #include <cstring>
 #include <iterator>
 
-#include "counted_random.h"
 #include "enemy.h"
-#include "headless.h"
-#include "json_writer.h"
 #include "loss.h"
-#include "mt19937.h"
+#include "playback.h"
 #include "state_hash.h"
+#include "tool.h"
 
 namespace {
-
-constexpr uint32_t UNSEEDED = 5489;  // the seed of a generator that was never seeded
 
 // The cells of a step's line, and the part of the state that each belongs to. The first ones are
 // the trace. The others see the whole of a part: two recordings part at the first step at which
@@ -86,10 +82,10 @@ std::string part_hashes(const game& whole) {
 
 // A playback that is watched.
 struct tracer {
-    explicit tracer(const recording& recording) : run(recording) {
-        headless_services.on_sound = [this](uint32_t id) { sounds.push_back(std::to_string(id)); };
+    explicit tracer(const recording& recording) : run(recording.bytes) {
+        heard_sound = [this](uint32_t id) { sounds.push_back(std::to_string(id)); };
     }
-    ~tracer() { headless_services.on_sound = nullptr; }
+    ~tracer() { heard_sound = nullptr; }
     tracer(const tracer&) = delete;
     tracer& operator=(const tracer&) = delete;
 
@@ -112,7 +108,7 @@ struct tracer {
                       hex(player.position.x).c_str(), hex(player.position.y).c_str(),
                       hex(player.angle).c_str(), game.enemy_handler->alive_count, game.shot_count,
                       count_of(game.shots, game.shot_count, &shot::active), game.free_shot_index,
-                      counted_draws, sounds.empty() ? "-" : joined(sounds, ",").c_str());
+                      run.draws(), sounds.empty() ? "-" : joined(sounds, ",").c_str());
     }
 
     std::string long_line() const {
@@ -168,10 +164,10 @@ load_status load_other(const std::string& path, trace_lines* lines, std::string*
     struct stat status {};
     const bool is_pipe = stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
     if (!is_pipe) {
-        recording other;
-        const load_status loaded = recording_load(path, &other, reason);
+        recording_file other;
+        const load_status loaded = recording_file_load(path, &other, reason);
         if (loaded == LOAD_OK) {
-            *lines = lines_of(other);
+            *lines = lines_of(other.log);
         }
         if (loaded != LOAD_BROKEN) {
             return loaded;
@@ -227,49 +223,8 @@ difference compare(const std::string& our_line, const std::string& their_line) {
 
 }  // namespace
 
-playback::playback(const recording& recording)
-    : bytes(recording.bytes),
-      input(input_init(nullptr), input_destroy),
-      game(game_init(input.get(), GAME_SHIP_COUNT, 800, 600), game_destroy) {
-    input->is_replay = 1;
-    input->seed = UNSEEDED;
-    init_genrand(UNSEEDED);
-    counted_draws = 0;
-}
-
-// Does what the input layer does in a playback, but for the waiting.
-bool playback::step() {
-    event_record event{};
-    while (end == RUN_GOES_ON && event.type != REPLAY_EVENT_TICK) {
-        if (at == bytes.size() || !read_event(bytes, &at, &event)) {
-            end = RUN_LOG;
-        } else {
-            ++events;
-            input_replay_event_cb(event.type, event.value, input.get());
-        }
-    }
-    if (end != RUN_GOES_ON) {
-        return false;
-    }
-    if (event.value >= TIME_LIMIT) {
-        end = RUN_NEGATIVE_TICK;
-    } else if (elapsed + event.value >= TIME_LIMIT) {
-        end = RUN_TIME_OVERFLOW;
-    } else if (frames == FRAME_LIMIT) {
-        end = RUN_FRAME_LIMIT;
-    }
-    if (end != RUN_GOES_ON) {
-        return false;
-    }
-    elapsed += event.value;
-    score_before = score();
-    game_step(game.get(), static_cast<int32_t>(elapsed));
-    ++frames;
-    end = game_is_over(game.get()) != 0 ? RUN_SELF : RUN_GOES_ON;
-    return true;
-}
-
-void simulate(const recording& recording, bool trace, bool json) {
+void simulate(const recording_file& file, bool trace, bool json) {
+    const recording& recording = file.log;
     tracer tracer(recording);
     while (tracer.step()) {
         if (trace) {
@@ -286,14 +241,14 @@ void simulate(const recording& recording, bool trace, bool json) {
                    '[' + json_number(v.x) + ',' + json_number(v.y) + ']');
         report.add(bits_key, "", json_list({hex(v.x), hex(v.y)}));
     };
-    report.add("file", recording.path);
+    report.add("file", file.path);
     report.add("name", '[' + printable(recording.name) + ']', json_string(recording.name));
     report.add("header_score", int64_t{recording.score});
     report.add("events", static_cast<int64_t>(recording.event_count));
     report.add("fresh_process", recording.steps_unseeded ? 1 : 0);
     report.add("frames", static_cast<int64_t>(tracer.run.frames));
     report.add("last_time", game.time);
-    report.add("end", RUN_END_NAMES[tracer.run.end]);
+    report.add("end", run_end_name(tracer.run.end));
     report.add("over_time", game.over != 0 ? game.time : -1);
     report.add("lost_to", tracer.lost_to);
     report.add("score", player.score);
@@ -309,19 +264,19 @@ void simulate(const recording& recording, bool trace, bool json) {
     report.add("shot_count", game.shot_count);
     report.add("active_shots", count_of(game.shots, game.shot_count, &shot::active));
     report.add("alive_enemies", count_of(game.ships, game.ship_count, &ship::alive));
-    report.add("draws", int64_t{counted_draws});
+    report.add("draws", int64_t{tracer.run.draws()});
     report.add("hash", hex(tracer.hash));
-    report.print(json);
+    print_report(report, json);
 }
 
-int simulate_diff(const recording& recording, const std::string& other, bool json) {
+int simulate_diff(const recording_file& file, const std::string& other, bool json) {
     trace_lines theirs;
     std::string reason;
     const load_status status = load_other(other, &theirs, &reason);
     if (status != LOAD_OK) {
         return complain(other, reason, status);
     }
-    const trace_lines ours = lines_of(recording);
+    const trace_lines ours = lines_of(file.log);
     size_t step = 0;
     difference found;
     while (found.groups.empty() && step < std::min(ours.size(), theirs.size())) {
@@ -334,13 +289,13 @@ int simulate_diff(const recording& recording, const std::string& other, bool jso
                  {"frames=" + std::to_string(theirs.size())}};
     }
     report report;
-    report.add("file", recording.path);
+    report.add("file", file.path);
     report.add("other", other);
     report.add("result", found.groups.empty() ? "same" : "parted");
     report.add("step", static_cast<int64_t>(step));
     report.add("groups", joined(found.groups, " "), json_list(found.groups));
     report.add("ours", joined(found.ours, " "));
     report.add("theirs", joined(found.theirs, " "));
-    report.print(json);
+    print_report(report, json);
     return found.groups.empty() ? 0 : 1;
 }

@@ -8,13 +8,14 @@
 #include <string>
 #include <vector>
 
-#include "replay_inspect.h"
+#include "recording_file.h"
 
 struct verify_options {
     std::vector<std::string> files;
     bool names_from_stdin = false;  // instead of `files`
     char name_end = '\n';           // what ends a name on standard input
     bool json = false;
+    bool course = false;  // with the JSON
     size_t jobs = 1;
     replay_salt salt{};
 };

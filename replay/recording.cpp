@@ -1,21 +1,15 @@
 // SPDX-FileCopyrightText: The Quorvane project
 // SPDX-License-Identifier: MIT
 
-#include "replay_inspect.h"
-
-#include <sys/stat.h>
-#include <unistd.h>
+#include "recording.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cinttypes>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <iterator>
-#include <memory>
-#include <string_view>
 
+#include "fpslimiter.h"
 #include "input.h"
 #include "json_writer.h"
 #include "sha1.h"
@@ -52,6 +46,12 @@ struct keys_down {
     static constexpr keys_down of(uint8_t state) { return {state / 9, state / 3 % 3, state % 3}; }
 };
 constexpr size_t STATE_COUNT = 27;
+
+constexpr int64_t FRAME_MS = 1000 / FPSLIMITER_RATE;
+
+constexpr uint64_t keys_allowed(uint32_t last_tick, uint32_t tick) {
+    return KEY_BURST + KEYS_A_MS * (uint64_t{last_tick} + tick);
+}
 
 // Nearly all of a log is frames of usual length and keys that their slots can give, two bytes each,
 // of which there is nothing to say. Their order is the player's, so that a processor cannot guess
@@ -95,8 +95,13 @@ static_assert(REPLAY_EVENT_KEY_UP == REPLAY_EVENT_TICK + 4 &&
 struct inspector {
     recording& log;
     uint8_t slots[UNUSUAL_SLOT + 1];  // states
-    uint32_t first_value = 0;
-    uint64_t frames_end = 0;  // index of the event behind the last frame
+    uint64_t frames_end = 0;          // index of the event behind the last frame
+
+    // How far the frames so far are ahead of fifty a second, and the least that it ever was; ms.
+    int64_t ahead = 0;
+    int64_t least_ahead = 0;
+    uint64_t keys = 0;       // of this frame so far
+    uint32_t last_tick = 0;  // ms
 
     explicit inspector(recording* recording) : log(*recording) {
         constexpr int KEYS[] = {2, 2, 1, 1, 1, 1, 2, 2, 0};  // of the slots, and of NO_SLOT
@@ -116,22 +121,32 @@ struct inspector {
     }
     void impossible(const char* text) const { note(&log.impossible, text); }
     void remark(const char* text) const { note(&log.remarks, text); }
+    void not_worth_playing(const char* text) const {
+        impossible(text);
+        log.not_worth_playing = true;
+    }
 
     void take_key(const event_record& event) {
+        ++keys;
         if (event.value >= KEY_SPECIAL) {
             impossible("a key slot of 8 or more");
             return;
         }
-        const keys_down keys = keys_down::of(slots[event.value]);
+        const keys_down down = keys_down::of(slots[event.value]);
         const int change = event.type == REPLAY_EVENT_KEY_DOWN ? 1 : -1;
-        if (!keys.can(change)) {
+        if (!down.can(change)) {
             remark("a press or release that the keys of its slot cannot give");
         }
-        slots[event.value] = keys.changed(change).state();
+        slots[event.value] = down.changed(change).state();
     }
 
     // Takes usual events (see below) up to the first other one, and returns the place behind them.
     size_t take_usual_events(const uint8_t* bytes, size_t at, size_t size) {
+        // Copies that the compiler can keep in registers.
+        int64_t now_ahead = ahead;
+        int64_t now_least = least_ahead;
+        uint64_t now_keys = keys;
+        uint32_t now_last = last_tick;
         const bool overflows = log.duration + LONGEST_USUAL * (size - at) >= TIME_LIMIT;
         if (frames_end == 0 || log.steps_unseeded || overflows) {
             return at;
@@ -145,12 +160,28 @@ struct inspector {
             if (next == UNUSUAL) {
                 break;
             }
+            if (kind == 0) {
+                if (now_ahead + FRAME_MS - value - now_least > MOST_CAUGHT_UP ||
+                    now_keys > keys_allowed(now_last, value)) {
+                    break;
+                }
+                now_ahead += FRAME_MS - value;
+                now_least = std::min(now_least, now_ahead);
+                now_keys = 0;
+                now_last = value;
+            } else {
+                ++now_keys;
+            }
             state = next;
             ++counts[kind];
             log.duration += kind == 0 ? value : 0;
             frames_end =
                 kind == 0 ? log.event_count + counts[0] + counts[1] + counts[2] : frames_end;
         }
+        ahead = now_ahead;
+        least_ahead = now_least;
+        keys = now_keys;
+        last_tick = now_last;
         for (size_t kind = 0; kind < std::size(counts); ++kind) {
             log.type_counts[REPLAY_EVENT_TICK / 4 + kind] += counts[kind];
             log.event_count += counts[kind];
@@ -158,8 +189,23 @@ struct inspector {
         return at;
     }
 
+    void take_limits(uint32_t ms, bool is_first) {
+        if (keys > keys_allowed(last_tick, ms)) {
+            not_worth_playing("more keys in a frame than anybody can press");
+        }
+        keys = 0;
+        last_tick = ms;
+        ahead += is_first ? 0 : FRAME_MS - int64_t{ms};
+        if (ahead - least_ahead > MOST_CAUGHT_UP) {
+            not_worth_playing("more frames than the time between them has room for");
+            least_ahead = ahead;
+        }
+        least_ahead = std::min(least_ahead, ahead);
+    }
+
     void take_tick(uint32_t ms) {
         const bool is_first = frames_end == 0;
+        take_limits(ms, is_first);
         frames_end = log.event_count + 1;
         log.steps_unseeded |= log.type_counts[REPLAY_EVENT_SEED / 4] == 0;
         if (is_first && ms != 0) {
@@ -184,8 +230,8 @@ struct inspector {
     void take(const event_record& event) {
         uint64_t& type_count = log.type_counts[event.type / 4];
         ++type_count;
-        if (log.event_count == 0) {
-            first_value = event.value;
+        if (log.event_count == 0 && event.type == REPLAY_EVENT_SEED) {
+            log.first_seed = event.value;
         }
         if (event.width != shortest_width(event.value)) {
             impossible("a value not in its shortest form");
@@ -193,7 +239,7 @@ struct inspector {
         switch (event.type) {
             case REPLAY_EVENT_SEED:
                 if (type_count > 1) {
-                    impossible("a second seed");
+                    not_worth_playing("a second seed");
                 }
                 break;
             case REPLAY_EVENT_TICK:
@@ -229,7 +275,7 @@ struct inspector {
         // The seed is the time at which the game began. The file was made when it had ended and the
         // last screen was left.
         const auto seconds = static_cast<int64_t>(log.duration / 1000);
-        const int64_t waited = int64_t{log.created} - first_value - seconds;
+        const int64_t waited = int64_t{log.created} - log.first_seed - seconds;
         if (waited < -SLACK || waited > DAY) {
             log.remarks.push_back({"a seed that is not the time at which the game began", 1, 0});
         }
@@ -249,123 +295,71 @@ const char* header_error_text(int32_t error) {
     }
 }
 
-load_status load(std::FILE* file, uint64_t size, recording* log, std::string* reason) {
-    uint8_t data[REPLAY_HEADER_SIZE];
-    if (size < sizeof(data)) {
-        *reason = "no recording: it is shorter than the header";
-        return LOAD_BROKEN;
-    }
-    if (std::fread(data, 1, sizeof(data), file) != sizeof(data)) {
-        *reason = "it cannot be read";
-        return LOAD_UNREADABLE;
+}  // namespace
+
+std::string recording_header_error(std::span<const uint8_t> data, uint64_t size) {
+    if (size < REPLAY_HEADER_SIZE || data.size() < REPLAY_HEADER_SIZE) {
+        return "no recording: it is shorter than the header";
     }
     struct replay header {};
-    const int32_t result = replay_validate_header(&header, data, static_cast<size_t>(size));
-    if (result < 0 || size > FILE_SIZE_LIMIT) {
-        *reason = result < 0 ? header_error_text(result) : "larger than any game, not read";
-        return LOAD_BROKEN;
+    const int32_t result = replay_validate_header(&header, data.data(), static_cast<size_t>(size));
+    if (result < 0) {
+        return header_error_text(result);
     }
-    log->name = header.player_name;
-    log->score = header.final_score;
-    log->created = replay_read_32(data + CREATED_AT);
-    if (std::memchr(data + NAME_AT, 0, REPLAY_NAME_SIZE) != nullptr) {
-        log->impossible.push_back({"a zero byte in the name", 1, 0});
-    }
+    return size > RECORDING_SIZE_LIMIT ? "larger than any game, not read" : "";
+}
 
-    log->bytes.reserve(static_cast<size_t>(size) + REPLAY_SALT_SIZE);
-    log->bytes.resize(static_cast<size_t>(size));
-    std::copy(std::begin(data), std::end(data), log->bytes.begin());
-    const size_t rest = log->bytes.size() - sizeof(data);
-    if (std::fread(log->bytes.data() + sizeof(data), 1, rest, file) != rest) {
-        *reason = "it cannot be read to its end";
-        return LOAD_UNREADABLE;
+std::string recording_read(std::span<const uint8_t> bytes, recording* recording) {
+    struct recording& log = *recording;
+    log = {};
+    log.bytes = bytes;
+    std::string error = recording_header_error(bytes, bytes.size());
+    if (!error.empty()) {
+        return error;
     }
-    inspector inspector(log);
+    struct replay header {};
+    replay_validate_header(&header, bytes.data(), bytes.size());
+    log.name = header.player_name;
+    log.score = header.final_score;
+    log.created = replay_read_32(&bytes[CREATED_AT]);
+    if (std::memchr(&bytes[NAME_AT], 0, REPLAY_NAME_SIZE) != nullptr) {
+        log.impossible.push_back({"a zero byte in the name", 1, 0});
+    }
+    inspector inspector(recording);
     event_record event{};
-    for (size_t at = sizeof(data); at < log->bytes.size();) {
-        const size_t behind = inspector.take_usual_events(log->bytes.data(), at, log->bytes.size());
+    for (size_t at = REPLAY_HEADER_SIZE; at < bytes.size();) {
+        const size_t behind = inspector.take_usual_events(bytes.data(), at, bytes.size());
         if (behind > at) {
             at = behind;
             continue;
         }
-        if (!read_event(log->bytes, &at, &event)) {
-            *reason = format("damaged: the event at byte %zu runs past the end", at);
-            return LOAD_BROKEN;
+        if (!read_event(bytes, &at, &event)) {
+            return format("damaged: the event at byte %zu runs past the end", at);
         }
         inspector.take(event);
     }
     inspector.finish();
-    return LOAD_OK;
+    return "";
 }
 
-struct file_closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using file_pointer = std::unique_ptr<std::FILE, file_closer>;
-
-}  // namespace
-
-load_status recording_load(const std::string& path, recording* log, std::string* reason) {
-    *log = {};
-    log->path = path;
-    uint64_t size = 0;
-    const file_pointer file(open_regular(path, &size, reason));
-    return file ? load(file.get(), size, log, reason) : LOAD_UNREADABLE;
+replay_salt built_in_salt() {
+    uint8_t* data = nullptr;
+    size_t length = 0;
+    replay_modify_data(&data, &length);
+    replay_salt salt{};
+    std::copy_n(data, salt.size(), salt.begin());
+    std::free(data);
+    return salt;
 }
 
-std::FILE* open_regular(const std::string& path, uint64_t* size, std::string* reason) {
-    struct stat status {};
-    // Looked at before it is opened: opening a pipe waits, opening a device may act.
-    std::FILE* file = nullptr;
-    if (path.find('\0') != std::string::npos) {
-        *reason = "it has a zero byte in its name; names that end with one need -0";
-        return nullptr;
-    }
-    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        *reason = S_ISDIR(status.st_mode) ? "it is a directory" : "it is not a regular file";
-        return nullptr;
-    }
-    file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr) {
-        *reason = std::strerror(errno);
-    }
-    *size = static_cast<uint64_t>(status.st_size);
-    return file;
-}
-
-std::string own_folder() {
-    char path[4096];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof(path));
-    const std::string_view whole(path, static_cast<size_t>(std::max<ssize_t>(length, 0)));
-    return std::string(whole.substr(0, whole.rfind('/') + 1));
-}
-
-bool read_salt(const std::string& path, replay_salt* salt, std::string* reason) {
-    if (path.empty()) {
-        uint8_t* data = nullptr;
-        size_t length = 0;
-        replay_modify_data(&data, &length);
-        std::copy_n(data, salt->size(), salt->begin());
-        std::free(data);
-        return true;
-    }
-    uint64_t size = 0;
-    const file_pointer file(open_regular(path, &size, reason));
-    if (file && (size != salt->size() ||
-                 std::fread(salt->data(), 1, salt->size(), file.get()) != salt->size())) {
-        *reason = format("it has %" PRIu64 " bytes, a salt has %zu", size, salt->size());
-        return false;
-    }
-    return file != nullptr;
-}
-
-bool signature_is_right(recording* log, const replay_salt& salt) {
-    std::vector<uint8_t>& bytes = log->bytes;
-    const size_t size = bytes.size();
-    bytes.insert(bytes.end(), salt.begin(), salt.end());
-    const auto digest = sha1(bytes.data() + SIGNED_FROM, bytes.size() - SIGNED_FROM);
-    bytes.resize(size);
-    return std::equal(digest.begin(), digest.end(), bytes.begin() + SIGNATURE_AT);
+bool signature_is_right(const recording& recording, const replay_salt& salt) {
+    const std::span<const uint8_t> content = recording.bytes.subspan(SIGNED_FROM);
+    std::vector<uint8_t> signed_bytes;
+    signed_bytes.reserve(content.size() + salt.size());
+    signed_bytes.assign(content.begin(), content.end());
+    signed_bytes.insert(signed_bytes.end(), salt.begin(), salt.end());
+    const auto digest = sha1(signed_bytes.data(), signed_bytes.size());
+    return std::equal(digest.begin(), digest.end(), &recording.bytes[SIGNATURE_AT]);
 }
 
 std::vector<std::string> in_words(const std::vector<finding>& findings) {
@@ -384,14 +378,6 @@ std::vector<std::string> in_words(const std::vector<finding>& findings) {
 
 const char* event_type_name(uint32_t type) {
     return type / 4 < std::size(TYPE_NAMES) ? TYPE_NAMES[type / 4] : nullptr;
-}
-
-std::string utc_time(uint32_t seconds) {
-    const auto time = static_cast<std::time_t>(seconds);
-    std::tm parts{};
-    char text[32];
-    std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S UTC", gmtime_r(&time, &parts));
-    return text;
 }
 
 size_t shortest_width(uint32_t value) {

@@ -13,19 +13,28 @@
 
 #include "gfx.h"
 #include "interrupt.h"
-#include "player.h"
+#include "playback.h"
+#include "sound.h"
+#include "starfield.h"
 
 headless headless_services;
 
 void player_play_sound(uint32_t id) {
-    if (headless_services.on_sound) {
-        headless_services.on_sound(id);
+    if (heard_sound) {
+        heard_sound(id);
     }
 }
 
 gfx* gfx_init() { return static_cast<gfx*>(std::calloc(1, sizeof(gfx))); }
 
 void gfx_destroy(gfx* gfx) { std::free(gfx); }
+
+// No stars: the game never reads them.
+starfield* starfield_init(float /*radius*/) { return nullptr; }
+
+void starfield_destroy(starfield* /*starfield*/) {}
+
+void starfield_update(starfield* /*starfield*/, int32_t /*elapsed*/) {}
 
 bool interrupt_pending() { return headless_services.interrupt; }
 

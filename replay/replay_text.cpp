@@ -14,10 +14,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <memory>
 #include <sstream>
 #include <system_error>
 
-#include "json_writer.h"
+#include "recording_file.h"
+#include "tool.h"
 
 namespace {
 
@@ -112,7 +114,7 @@ bool pack_event_line(const std::string& line, std::vector<uint8_t>* bytes) {
     while (width-- > 0) {
         bytes->push_back(static_cast<uint8_t>(value >> (8 * width)));
     }
-    return bytes->size() <= FILE_SIZE_LIMIT;
+    return bytes->size() <= RECORDING_SIZE_LIMIT;
 }
 
 enum line_end { LINE, LAST_LINE, NO_TEXT };
@@ -166,12 +168,17 @@ bool write_all(std::FILE* out, const std::vector<uint8_t>& bytes) {
     return std::fwrite(bytes.data(), 1, bytes.size(), out) == bytes.size() && std::fflush(out) == 0;
 }
 
-// Writes a file whole or not at all: what was there stays until the new one is complete. Devices
-// and pipes are written as they are. False, with errno, if that fails.
-bool write_file(const std::string& path, const std::vector<uint8_t>& bytes) {
+// Writes a file whole or not at all: what was there stays until the new one is complete. A link to
+// a file stays a link. Devices, pipes and links to nothing are written as they are. False, with
+// errno, if that fails.
+bool write_file(const std::string& path_or_link, const std::vector<uint8_t>& bytes) {
+    const std::unique_ptr<char, decltype(&std::free)> real(realpath(path_or_link.c_str(), nullptr),
+                                                           &std::free);
+    const std::string path = real ? real.get() : path_or_link;
     struct stat status {};
     const bool is_there = stat(path.c_str(), &status) == 0;
-    if (is_there && !S_ISREG(status.st_mode)) {
+    const bool is_link = lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+    if (is_link || (is_there && !S_ISREG(status.st_mode))) {
         std::FILE* const out = std::fopen(path.c_str(), "wb");
         const bool written = out != nullptr && write_all(out, bytes);
         return out != nullptr && std::fclose(out) == 0 && written;
@@ -224,8 +231,9 @@ void dump_recording(const recording& log) {
 int pack_recording(const std::string& text_path, const std::string& out_path) {
     std::string reason;
     uint64_t size = 0;
-    std::FILE* const text = text_path == "-" ? stdin : open_regular(text_path, &size, &reason);
-    if (text == nullptr) {
+    const file_pointer text(text_path == "-" ? stdin
+                                             : open_regular(text_path, &size, &reason).release());
+    if (!text) {
         return complain(text_path, reason);
     }
     // The fields without a line.
@@ -233,9 +241,8 @@ int pack_recording(const std::string& text_path, const std::string& out_path) {
     std::vector<uint8_t> bytes(REPLAY_HEADER_SIZE);
     replay_construct_header(&empty, bytes.data(), bytes.size());
     errno = 0;
-    const size_t bad_line = pack_lines(text, &bytes);
-    const std::string error = std::ferror(text) != 0 ? std::strerror(errno) : "";
-    std::fclose(text);
+    const size_t bad_line = pack_lines(text.get(), &bytes);
+    const std::string error = std::ferror(text.get()) != 0 ? std::strerror(errno) : "";
     if (!error.empty()) {
         return complain(text_path, error);
     }

@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "replay_inspect.h"
+#include "recording.h"
 
 void dump_recording(const recording& recording);  // to standard output
 
