@@ -161,6 +161,8 @@ int32_t input_read_file(replay* replay, const char* filename) {
     assert(replay);
     assert(filename);
     // Opening a pipe would wait for somebody who writes into it, and a device need not have an end.
+    // One that takes the file's place between this look and the opening still does: the file is
+    // opened by SDL, which has no way to open without waiting, and is one of the player's own.
     struct stat status {};
     if (stat(filename, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
         return READ_ERROR;
