@@ -3,12 +3,17 @@
 
 """Hands and eyes for tests of the built program: real keys, real files, a real web server, and eyes
 that read the texts and numbers on the screen.
+
+The program's clock belongs to the test: time goes on for it when the test lets time pass or looks again
+for what it waits for, and a key has reached it before any time goes on. So how busy the machine is
+changes nothing but how long a test takes.
 """
 
 import ctypes
 import functools
 import http.server
 import json
+import mmap
 import os
 import pathlib
 import signal
@@ -27,7 +32,9 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 GRAPHICS = ROOT / "graphics"
 DEFAULTS = "width=800\nheight=600\nname=Gamer\nreplay=replay.rpl\nmouse=0\nfullscreen=0\nmusic=1\n"
 DESKTOP = (1280, 1024)
-PATIENCE = 60  # seconds until something that must happen counts as missing
+PATIENCE = 60  # seconds of the program's time until something that must happen counts as missing
+GAME_SECONDS = 135  # by then the field has shrunk to nothing
+REAL_PATIENCE = 400  # seconds of the real time: a program that hangs is told from a busy machine
 executable = ROOT / "build" / "quorvane"
 
 
@@ -38,6 +45,57 @@ def main():
     # A shell starts background commands deaf to it, and so would be the programs started from here.
     signal.signal(signal.SIGINT, signal.default_int_handler)
     unittest.main(verbosity=2)
+
+
+def xlib():
+    """The X library, and the extension that presses keys."""
+    x11, xtst = ctypes.CDLL("libX11.so.6"), ctypes.CDLL("libXtst.so.6")
+    x11.XOpenDisplay.restype = ctypes.c_void_p
+    x11.XStringToKeysym.restype = ctypes.c_ulong
+    return x11, xtst
+
+
+KEYSYMS = {"shift": "Shift_L", "alt": "Alt_L"}
+
+
+class Clock:
+    """The program's clock (owned_clock.cpp), in milliseconds."""
+    NOW, GRANTED, WANTED, FRAMES = range(4)
+    LENIENT = 0.25  # real seconds
+
+    def __init__(self, process):
+        self.file = tempfile.NamedTemporaryFile()
+        self.file.write(struct.pack("=4I", 1000, 1000, 0, 0))
+        self.file.flush()
+        self.page = memoryview(mmap.mmap(self.file.fileno(), 16)).cast("I")
+        self.is_over = process
+
+    @property
+    def now(self):
+        return self.page[self.NOW]
+
+    def jump(self, ms):
+        """Time that the program does not live through: it is not run meanwhile."""
+        self.page[self.NOW] = self.page[self.GRANTED] = self.now + ms
+
+    def passes(self, ms, whole=True):
+        """Lets time go on until it is used up. What does not sleep uses none: a program that only draws
+        is let go after some frames, and unless the `whole` time is wanted, one that does neither, too."""
+        page, first, began = self.page, self.page[self.FRAMES], time.monotonic()
+        before = page[self.NOW]
+        end = page[self.GRANTED] + ms if page[self.WANTED] else before + ms
+        page[self.GRANTED] = end
+        while not self.is_over():
+            wanted = page[self.WANTED]
+            if wanted > end:
+                return
+            if page[self.NOW] == before and page[self.FRAMES] - first >= 30:
+                return
+            if not whole and time.monotonic() - began > self.LENIENT:
+                return
+            if page[self.NOW] != before:
+                before, first, began = page[self.NOW], page[self.FRAMES], time.monotonic()
+            time.sleep(0.0005)
 
 
 def run(*command):
@@ -157,6 +215,8 @@ def recorded(events):
 
 
 class Driver(unittest.TestCase):
+    owns_clock = True
+
     def setUp(self):
         scratch = tempfile.TemporaryDirectory()
         self.addCleanup(scratch.cleanup)
@@ -168,6 +228,7 @@ class Driver(unittest.TestCase):
         self.settings.write_text(DEFAULTS)
         self.environment = dict(os.environ, SDL_AUDIODRIVER="dummy", no_proxy="")
         self.process = None
+        self.clock = None
         self.window = None
         self.centred = False
         self.addCleanup(self.end)
@@ -177,9 +238,15 @@ class Driver(unittest.TestCase):
     def launch(self, *arguments, before=(), **options):
         """Starts the program, by a command that runs it if one is to come before."""
         self.end()
+        environment = self.environment
+        if self.owns_clock:
+            self.clock = Clock(lambda: self.process.poll() is not None)
+            library = executable.parent / "tests" / "libowned_clock.so"
+            environment = dict(environment, OWNED_CLOCK=self.clock.file.name, LD_PRELOAD=":".join(
+                filter(None, [environment.get("LD_PRELOAD"), str(library)])))
         with open(self.folder / "stdout", "wb") as out, open(self.folder / "stderr", "wb") as err:
             self.process = subprocess.Popen([*before, executable, *arguments], cwd=self.folder,
-                                            stdout=out, stderr=err, env=self.environment, **options)
+                                            stdout=out, stderr=err, env=environment, **options)
 
     def end(self):
         if self.process and self.process.poll() is None:
@@ -191,20 +258,41 @@ class Driver(unittest.TestCase):
         self.expect_size(800, 600)
         self.expect_menu("Start game")
 
+    def time_passes(self, seconds):
+        if self.clock:
+            self.clock.passes(round(1000 * seconds))
+        else:
+            time.sleep(seconds)
+
+    @property
+    def now(self):
+        """Seconds, by the program's clock."""
+        return self.clock.now / 1000 if self.clock else time.monotonic()
+
+    def press(self, keys, down):
+        """Has reached the program's connection when this returns."""
+        x11, xtst = xlib()
+        display = ctypes.c_void_p(x11.XOpenDisplay(None))
+        for name in keys:
+            symbol = x11.XStringToKeysym(KEYSYMS.get(name, name).encode())
+            code = x11.XKeysymToKeycode(display, ctypes.c_ulong(symbol))
+            self.assertNotEqual(code, 0, name)
+            xtst.XTestFakeKeyEvent(display, code, down, ctypes.c_ulong(0))
+            x11.XSync(display, 0)
+        x11.XCloseDisplay(display)
+
     def key(self, *keys):
         for name in keys:
-            run("xdotool", "keydown", name)
-            time.sleep(0.08)
-            run("xdotool", "keyup", name)
-            time.sleep(0.08)
+            self.press([name], True)
+            self.time_passes(0.06)
+            self.press([name], False)
+            self.time_passes(0.06)
 
     def hold(self, *keys):
-        for name in keys:
-            run("xdotool", "keydown", name)
+        self.press(keys, True)
 
     def release(self, *keys):
-        for name in keys:
-            run("xdotool", "keyup", name)
+        self.press(keys, False)
 
     def choose(self, *entries):
         """Goes down by so many entries in each list on the way, and takes what is there."""
@@ -213,8 +301,7 @@ class Driver(unittest.TestCase):
 
     def close_window(self):
         """Asks the window to close, as a window manager does."""
-        x11 = ctypes.CDLL("libX11.so.6")
-        x11.XOpenDisplay.restype = ctypes.c_void_p
+        x11, _ = xlib()
         display = ctypes.c_void_p(x11.XOpenDisplay(None))
 
         class ClientMessage(ctypes.Structure):
@@ -240,16 +327,16 @@ class Driver(unittest.TestCase):
     def focus_elsewhere(self):
         """Gives the keyboard to the whole screen, with the pointer outside the window."""
         run("xdotool", "mousemove", DESKTOP[0] - 1, DESKTOP[1] - 1)
-        x11 = ctypes.CDLL("libX11.so.6")
-        x11.XOpenDisplay.restype = ctypes.c_void_p
+        x11, _ = xlib()
         display = ctypes.c_void_p(x11.XOpenDisplay(None))
         x11.XSetInputFocus(display, ctypes.c_ulong(1), 1, ctypes.c_ulong(0))  # PointerRoot
         x11.XCloseDisplay(display)
 
     # --- Eyes ----------------------------------------------------------------------------------
 
-    def wait_for(self, what, look, wanted, patience=PATIENCE):
-        deadline = time.monotonic() + patience
+    def wait_for(self, what, look, wanted, patience=PATIENCE, pause=0.1):
+        """Looks, and lets the program go on for a `pause`, until it sees what is wanted."""
+        began, real_end = self.now, time.monotonic() + REAL_PATIENCE
         while True:
             seen = look()
             if wanted(seen) if callable(wanted) else seen == wanted:
@@ -257,10 +344,23 @@ class Driver(unittest.TestCase):
             if self.process.poll() is not None:
                 self.fail(f"the program ended with {self.process.returncode} before {what}: "
                           f"{self.messages('stdout')}{self.messages('stderr')}")
-            if time.monotonic() > deadline:
+            if self.now - began > patience or time.monotonic() > real_end:
                 run("import", "-window", "root", executable.parent / f"{self.id()}.png")
                 self.fail(f"{what}: wanted {wanted!r}, seen {seen!r}")
-            time.sleep(0.05)
+            if self.clock:
+                self.clock.passes(round(1000 * pause), whole=False)
+            else:
+                time.sleep(0.05)
+
+    def ended(self):
+        """The exit status, when it is over."""
+        real_end = time.monotonic() + REAL_PATIENCE
+        while self.process.poll() is None and time.monotonic() < real_end:
+            if self.clock:
+                self.clock.passes(100, whole=False)
+            else:
+                time.sleep(0.05)
+        return self.process.poll()
 
     def geometry(self):
         found = subprocess.run(["xdotool", "search", "--name", "^Quorvane$"],
@@ -341,11 +441,11 @@ class Driver(unittest.TestCase):
         wrong = sum(sum(map(ne, read.ljust(len(text)), text)) for read, text in seen)
         return seen if wrong > 0.2 * sum(map(len, rows.values())) else []
 
-    def expect_overlay(self, left, rows, patience=PATIENCE):
-        self.wait_for("the overlay", lambda: self.overlay(self.look(), left, rows), [], patience)
+    def expect_overlay(self, left, rows, patience=PATIENCE, pause=0.1):
+        self.wait_for("the overlay", lambda: self.overlay(self.look(), left, rows), [], patience, pause)
 
-    def expect_prompt(self, patience=PATIENCE):
-        self.expect_overlay(*self.PROMPT, patience)
+    def expect_prompt(self, patience=PATIENCE, pause=0.1):
+        self.expect_overlay(*self.PROMPT, patience, pause)
 
     def prompt_or_menu(self):
         """Waits for one of them; true if it is the prompt."""
@@ -354,12 +454,12 @@ class Driver(unittest.TestCase):
             return (not self.overlay(image, *self.PROMPT), self.menu(0, image) == "Start game")
         return self.wait_for("prompt or menu", shown, any)[0]
 
-    def expect_message(self, *lines):
-        self.expect_overlay(364, dict(enumerate(lines)))
+    def expect_message(self, *lines, patience=PATIENCE, pause=0.1):
+        self.expect_overlay(364, dict(enumerate(lines)), patience, pause)
 
-    def expect_finished(self):
+    def expect_finished(self, patience=PATIENCE, pause=0.1):
         self.expect_message("", "        Replay finished!", "     Please press enter to",
-                            "           continue...")
+                            "           continue...", patience=patience, pause=pause)
 
     @staticmethod
     def shows(image, score, time_left):
@@ -384,7 +484,7 @@ class Driver(unittest.TestCase):
         return (self.folder / stream).read_text()
 
     def expect_end(self, status=0, stdout="", stderr=""):
-        self.assertEqual(self.process.wait(PATIENCE), status, self.messages("stderr"))
+        self.assertEqual(self.ended(), status, self.messages("stderr"))
         self.assertEqual(self.messages("stdout"), stdout)
         self.assertEqual(self.messages("stderr"), stderr)
 
@@ -401,11 +501,8 @@ class Driver(unittest.TestCase):
         self.expect_game()
 
     def short_game(self, name="Gamer"):
-        for _ in range(4):  # on a busy machine an enemy may end it before the key does
-            self.enter_game(name)
-            self.key("Escape")
-            if self.prompt_or_menu():
-                break
+        self.enter_game(name)
+        self.key("Escape")
         self.expect_prompt()
 
     def play_back(self, file="replay.rpl", standstill=0):
@@ -414,14 +511,12 @@ class Driver(unittest.TestCase):
         self.key("Return")
         self.expect_typed(file)
         self.key("Return")
-        began = time.monotonic()
+        began = self.now
         if standstill:
             self.expect_game()
-            self.process.send_signal(signal.SIGSTOP)
-            time.sleep(standstill)
-            self.process.send_signal(signal.SIGCONT)
-        self.expect_finished()
-        return time.monotonic() - began
+            self.clock.jump(1000 * standstill)
+        self.expect_finished(GAME_SECONDS + PATIENCE, pause=0.5)
+        return self.now - began
 
     def recording(self):
         return Recording(self.replay.read_bytes())
@@ -437,12 +532,12 @@ class Driver(unittest.TestCase):
     def fight_to_death(self):
         """Backs off from the hole, spins and fires for a while, then flies on until it is lost."""
         self.hold("s")
-        time.sleep(1.6)
+        self.time_passes(1.6)
         self.release("s")
         self.hold("Left", "space")
         for _ in range(9):
             self.key("Control_L")
-            time.sleep(0.9)
+            self.time_passes(0.9)
         self.release("Left", "space")
         self.hold("w")
         self.expect_prompt()

@@ -15,6 +15,8 @@ endfunction()
 
 add_library(fake_clock MODULE fake_clock.cpp)  # preloaded, found beside the program
 target_link_libraries(fake_clock PRIVATE ${CMAKE_DL_LIBS})
+add_library(owned_clock MODULE owned_clock.cpp)  # likewise
+target_link_libraries(owned_clock PRIVATE quorvane_options ${CMAKE_DL_LIBS})
 
 set(program_cases first_start video_modes game_upload_and_playback ways_out every_screen_ends names
                   deaths_by_flying deaths_in_battle keys answers bad_recordings sounds)
