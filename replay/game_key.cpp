@@ -3,6 +3,8 @@
 
 #include "game_key.h"
 
+#include <iterator>
+
 #include "game.h"
 #include "replay.h"
 
@@ -14,5 +16,5 @@ void game_key_watch::take(const game& game) {
     for (int32_t slot = 0; slot < KEY_SPECIAL; ++slot) {  // that one is read by nobody
         step[4] = static_cast<uint8_t>(step[4] | game.key_state.keys[slot] << slot);
     }
-    bytes.insert(bytes.end(), step, step + sizeof(step));
+    bytes.insert(bytes.end(), std::begin(step), std::end(step));
 }

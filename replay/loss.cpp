@@ -8,9 +8,9 @@
 
 void loss_watch::remember(const game& game) {
     place = game.players[0].position;
-    in_flight.clear();
-    for (int32_t i = 0; i < game.shot_count; ++i) {
-        in_flight.push_back(game.shots[i].active);
+    in_flight.resize(static_cast<size_t>(game.shot_count));
+    for (size_t i = 0; i < in_flight.size(); ++i) {
+        in_flight[i] = static_cast<uint8_t>(game.shots[i].active);
     }
 }
 

@@ -22,5 +22,5 @@ public:
 
 private:
     vector place = {0.0, -2.0};  // of the player, where it starts
-    std::vector<int32_t> in_flight;
+    std::vector<uint8_t> in_flight;
 };

@@ -76,7 +76,8 @@ std::string json_course(const game_course& course) {
     return "{\"entries\":[" + joined(entries, ",") + "],\"scores\":[" + joined(scores, ",") + "]}";
 }
 
-void add_played(const judgement& found, const game_result& game, bool course, report* report) {
+void add_played(const judgement& found, const game_result& game, const verify_options& options,
+                report* report) {
     const bool before = found.log.score == static_cast<uint32_t>(game.before);
     const bool after = found.log.score == static_cast<uint32_t>(game.after);
     report->add("before", game.before);
@@ -86,10 +87,10 @@ void add_played(const judgement& found, const game_result& game, bool course, re
     report->add("lost_to", "", json_string(game.lost_to));
     report->add("frames", static_cast<int64_t>(game.frames));
     report->add("time", game.time);
-    if (!game.key.empty()) {
+    if (options.json && !game.key.empty()) {
         report->add("key", "", json_string(game_key_digest(game.key)));
     }
-    if (course) {
+    if (options.course) {
         report->add("course", "", json_course(game.course));
     }
 }
@@ -116,7 +117,7 @@ int32_t judge(const std::string& path, const verify_options& options, std::strin
     report.add("verdict", "", json_string(verdict_name(found.verdict)));
     report.add("score", int64_t{found.log.score});
     if (found.played) {
-        add_played(found, *found.played, options.course, &report);
+        add_played(found, *found.played, options, &report);
     }
     report.add("signature", found.is_signed ? "right" : "wrong");
     report.add("reasons", joined(reasons, ", "), json_list(reasons));

@@ -23,14 +23,14 @@ inline constexpr double PULL_CLEAR = 16.01;   // farther than OUTER_PULL
 inline constexpr double ABSORB_BOUND = 0.26;  // above it: not within ABSORB_DISTANCE
 inline constexpr double RAM_BOUND = 0.05;
 
-inline double squared_distance(vector a, vector b) {
+static double squared_distance(vector a, vector b) {
     const double dx = a.x - b.x;
     const double dy = a.y - b.y;
     return dx * dx + dy * dy;
 }
 
 // True only if the point's distance from the origin lies between the two bounds for certain.
-inline bool is_clear(vector point, double inner, double outer) {
+static bool is_clear(vector point, double inner, double outer) {
     const double square = point.x * point.x + point.y * point.y;
     return square > inner && square < outer;
 }
@@ -81,11 +81,11 @@ struct shots_in_flight {
 };
 
 // Row or column of a coordinate. What lies outside counts as in the outermost one.
-inline int32_t square_of(double coordinate) {
+static int32_t square_of(double coordinate) {
     return static_cast<int32_t>(std::clamp(coordinate + 16.0, 0.0, 31.0));
 }
 
-inline void mark_squares_near(vector point, shots_in_flight* shots) {
+static void mark_squares_near(vector point, shots_in_flight* shots) {
     constexpr double REACH = 0.51;  // above ENEMY_HIT_DISTANCE
     const int32_t left = square_of(point.x - REACH);
     const int32_t right = square_of(point.x + REACH);
@@ -97,7 +97,7 @@ inline void mark_squares_near(vector point, shots_in_flight* shots) {
 }
 
 // Collects from slot `first` on, as many as fit.
-inline void collect_shots(const game* game, int32_t first, shots_in_flight* shots) {
+static void collect_shots(const game* game, int32_t first, shots_in_flight* shots) {
     const shot* pool = game->shots;
     const int32_t end = game->shot_count;
     int32_t count = 0;
@@ -120,6 +120,6 @@ inline void collect_shots(const game* game, int32_t first, shots_in_flight* shot
     shots->end = slot;
 }
 
-inline bool any_near(const shots_in_flight& shots, vector point) {
+static bool any_near(const shots_in_flight& shots, vector point) {
     return (shots.near_squares[square_of(point.y)] >> square_of(point.x) & 1U) != 0;
 }
