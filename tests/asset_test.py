@@ -55,7 +55,7 @@ TOTAL = 24_000_000
 
 def loaded_names():
     """The files that the program asks for."""
-    sources = "".join((SOURCE / "src" / name).read_text() for name in ("main.cpp", "player.cpp"))
+    sources = "".join((SOURCE / "src" / name).read_text() for name in ("assets.cpp", "player.cpp"))
     return set(re.findall(r'"((?:graphics|sounds)/[^"]+\.\w+)"', sources))
 
 

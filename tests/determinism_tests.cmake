@@ -6,5 +6,5 @@
 find_program(QUORVANE_CLANG clang++)
 if(QUORVANE_CLANG AND NOT QUORVANE_SANITIZE)
   add_test(NAME determinism COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/determinism short)
-  set_tests_properties(determinism PROPERTIES TIMEOUT 300)
+  set_tests_properties(determinism PROPERTIES TIMEOUT 900 LABELS long)
 endif()

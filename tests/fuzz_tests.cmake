@@ -15,7 +15,7 @@ function(quorvane_fuzz_target name)
   else()
     target_sources(fuzz_${name} PRIVATE fuzz/runner.cpp)
     add_test(NAME fuzz.${name} COMMAND fuzz_${name} ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/corpus/${name})
-    set_tests_properties(fuzz.${name} PROPERTIES ENVIRONMENT "${test_environment}" TIMEOUT 300)
+    set_tests_properties(fuzz.${name} PROPERTIES ENVIRONMENT "${test_environment}" TIMEOUT 900)
   endif()
 endfunction()
 

@@ -1,7 +1,9 @@
 # SPDX-FileCopyrightText: The Quorvane project
 # SPDX-License-Identifier: MIT
 
-# The built program, driven from outside by real keys on a virtual display of its own.
+# The built program, driven from outside by real keys on a virtual display of its own. What is labelled
+# "long" is left out by `check quick`: all but these, and all on the second SDL.
+set(quick_cases first_start ways_out keys starts full_disk display_without_gl refused_mode pipe)
 
 # quorvane_outside_tests(KIND CLASS SUFFIX LIBRARY_PATH CASE...): the cases of KIND_test.py
 function(quorvane_outside_tests kind class suffix library_path)
@@ -10,6 +12,9 @@ function(quorvane_outside_tests kind class suffix library_path)
                       COMMAND ${virtual_display} ${python}
                               ${CMAKE_CURRENT_SOURCE_DIR}/${kind}_test.py
                               $<TARGET_FILE:quorvane> ${class}.test_${case})
+    if(suffix OR NOT case IN_LIST quick_cases)
+      set_property(TEST ${kind}_${case}${suffix} PROPERTY LABELS long)
+    endif()
   endforeach()
 endfunction()
 
@@ -36,4 +41,5 @@ endif()
 if(NOT QUORVANE_SANITIZE)
   quorvane_add_test(NAME soak COMMAND ${CMAKE_SOURCE_DIR}/tools/virtual-display 640x480 ${python}
                                       ${CMAKE_CURRENT_SOURCE_DIR}/soak ${CMAKE_BINARY_DIR} 1)
+  set_property(TEST soak PROPERTY LABELS long)
 endif()

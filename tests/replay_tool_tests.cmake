@@ -9,6 +9,6 @@ foreach(case verdicts golden_games names_and_jobs broken_files round_trip packin
   add_test(NAME replay_tool.${case}
            COMMAND ${python} ${CMAKE_CURRENT_SOURCE_DIR}/replay_tool_test.py
                    $<TARGET_FILE:quorvane-replay> ReplayTool.test_${case})
-  set_tests_properties(replay_tool.${case} PROPERTIES TIMEOUT 120)
+  set_tests_properties(replay_tool.${case} PROPERTIES TIMEOUT 900)
 endforeach()
 set_tests_properties(replay_tool.export PROPERTIES ENVIRONMENT "${test_environment}")

@@ -25,7 +25,7 @@ function(quorvane_add_test)
   if(arg_LIBRARY_PATH)
     list(APPEND environment "LD_LIBRARY_PATH=${arg_LIBRARY_PATH}")
   endif()
-  set_tests_properties(${arg_NAME} PROPERTIES ENVIRONMENT "${environment}" TIMEOUT 300)
+  set_tests_properties(${arg_NAME} PROPERTIES ENVIRONMENT "${environment}" TIMEOUT 900)
 endfunction()
 
 quorvane_service_test(poster_test)

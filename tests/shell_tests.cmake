@@ -23,4 +23,4 @@ add_executable(allocation_tests allocation_test.cpp recorder.cpp)
 target_link_libraries(allocation_tests PRIVATE quorvane_program GTest::gtest_main)
 target_link_options(allocation_tests PRIVATE -Wl,--wrap=malloc,--wrap=calloc,--wrap=realloc,--wrap=free)
 gtest_discover_tests(allocation_tests WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}
-                     DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+                     DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 900)
