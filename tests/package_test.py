@@ -11,6 +11,7 @@ Runs on a display of its own (DISPLAY):
 import os
 import pathlib
 import platform
+import pty
 import re
 import shutil
 import signal
@@ -18,6 +19,7 @@ import stat
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 import unittest
 
@@ -230,6 +232,7 @@ class Package(unittest.TestCase):
         tree = self.with_game("usr", "exit 254")
         self.assertEqual(self.start(tree).returncode, 254)
         self.assertEqual(self.start(tree, "--fast").returncode, 2)
+        self.assertEqual(self.start(tree, "-h").returncode, 0)
         killed = self.with_game("killed", "kill -SEGV $$")
         self.assertEqual(self.start(killed).returncode, 128 + signal.SIGSEGV)
         for variables, message in (
@@ -240,6 +243,30 @@ class Package(unittest.TestCase):
             self.assertIn(message, done.stdout)
         shutil.rmtree(tree / "share" / "quorvane")
         self.assertIn("is not complete", self.start(tree).stdout)
+
+    def test_no_display(self):
+        """The terminal that it is started from stays as it is, and is told in words."""
+        tree = self.install("usr")
+        usual = self.environment()
+        for name in ("DISPLAY", "WAYLAND_DISPLAY", "SDL_VIDEODRIVER"):
+            usual.pop(name, None)
+        for variables, status, sentence in (
+                ({}, 1, b"neither DISPLAY nor WAYLAND_DISPLAY is set"),
+                ({"DISPLAY": ":4095"}, 255, b"does the display :4095 answer?"),
+                ({"WAYLAND_DISPLAY": "none"}, 255, b"SDL 1.2 itself needs an X server"),
+                ({"SDL_VIDEODRIVER": "none"}, 255, b"is its video driver none there?")):
+            with self.subTest(variables):
+                keyboard, terminal = pty.openpty()
+                self.addCleanup(os.close, keyboard)
+                self.addCleanup(os.close, terminal)
+                before = termios.tcgetattr(terminal)
+                done = subprocess.run([tree / "bin" / "quorvane"], timeout=60, check=False,
+                                      env=usual | {"TERM": "xterm"} | variables, stdin=terminal,
+                                      stdout=terminal, stderr=terminal)
+                shown = os.read(keyboard, 65536)
+                self.assertIn(sentence, shown)
+                self.assertEqual((done.returncode, termios.tcgetattr(terminal), shown.count(b"\x1b")),
+                                 (status, before, 0), shown)
 
     def test_screen_comes_back(self):
         output = re.search(r"(?m)^(\S+) connected", run("xrandr").stdout).group(1)

@@ -1,7 +1,8 @@
 # SPDX-FileCopyrightText: The Quorvane project
 # SPDX-License-Identifier: MIT
 
-# Sourced by ./play and ./check: what they need from the system, and how to get it.
+# Sourced by ./play, ./check and others: their arguments, what they need from the system, and how to
+# get it.
 
 # Each set of needs: Debian packages, what shows that they are there (commands, then modules: those
 # of pkg-config, and with "python:" before them those of the system's Python), and the packages of
@@ -33,6 +34,23 @@ TEST_ARCH="gtest libpng python clang desktop-file-utils appstream mandoc shared-
     xorg-xrandr python-numpy python-pillow vorbis-tools ffmpeg reuse cppcheck"
 # Tests are skipped without these, and not every release has them.
 TEST_OPTIONAL_DEBIAN="libsdl1.2-compat"
+
+# accept_arguments SCRIPT PATTERN ARGUMENT...: help, which is the script's head comment, for whoever
+# asks for it; ends with 2 if the arguments are others than the extended regular expression allows.
+accept_arguments() {
+    local script=$1 pattern=$2
+    shift 2
+    if [[ "$*" =~ ^(-h|--help)$ ]]; then
+        sed -n '5,/^$/s/^#\( \|$\)//p' "$script"
+        exit 0
+    elif [[ ! "$*" =~ ^($pattern)?$ ]]; then
+        {
+            echo "${script##*/}: cannot be called with: $*"
+            sed -n '5,/^$/s/^#\( \|$\)//p' "$script"
+        } >&2
+        exit 2
+    fi
+}
 
 # absent_packages PACKAGE...: prints those that dpkg has not, nor anything that provides them.
 absent_packages() {
