@@ -28,9 +28,6 @@ game_result play(recording* log, bool with_course) {
             }
         }
     }
-    if (run.end == RUN_FRAME_LIMIT) {
-        log->impossible.push_back({"more frames than a game can have", 1, run.events - 1});
-    }
     if (run.end == RUN_SELF && run.events < log->event_count) {
         log->impossible.push_back(
             {"an event after the game's end", log->event_count - run.events, run.events});

@@ -4,8 +4,8 @@
 # The headless player of recordings, driven from outside on golden and hand-made files.
 
 foreach(case verdicts golden_games names_and_jobs broken_files round_trip packing simulate diff info
-             documented_example bad_input crash progress
-             export)
+             documented_example bad_input hostile_names crash deaf_to_children progress key course
+             likeness export)
   add_test(NAME replay_tool.${case}
            COMMAND ${python} ${CMAKE_CURRENT_SOURCE_DIR}/replay_tool_test.py
                    $<TARGET_FILE:quorvane-replay> ReplayTool.test_${case})
