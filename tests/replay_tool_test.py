@@ -217,7 +217,7 @@ class ReplayTool(unittest.TestCase):
 
     def test_likeness(self):
         game = events_of(golden("0020-ace-same.rpl"))
-        other = events_of(golden("0009-ace-other.rpl"))
+        other = events_of(golden("0000-ace-same.rpl"))
         ticks = [i for i, event in enumerate(game) if event[0] == TICK]
         added = [event for i, event in enumerate(game)
                  for event in [event, (TICK, 0)][:2 if i in ticks[50:2000:100] else 1]]
