@@ -15,3 +15,8 @@ target_link_libraries(sim_tests PRIVATE quorvane_sim quorvane_headless quorvane_
                                         GTest::gtest_main)
 gtest_discover_tests(sim_tests DISCOVERY_TIMEOUT 60
                      WORKING_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}")
+
+add_executable(judge_tests judge_test.cpp)
+target_link_libraries(judge_tests PRIVATE quorvane_game_key quorvane_headless GTest::gtest_main)
+gtest_discover_tests(judge_tests DISCOVERY_TIMEOUT 60
+                     WORKING_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}")
