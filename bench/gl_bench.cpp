@@ -24,12 +24,10 @@ void frame(benchmark::State& state) {
         return;
     }
     font_init();
-    recorded_game recorded(BUSY_GAMES[0]);
-    recorded.seek_busiest();
-    recorded.game->width = width;
-    recorded.game->height = height;
+    const std::vector<uint8_t> bytes = recorded_game(BUSY_GAMES[0]);
+    const playback run = busiest_frame(bytes, width, height);
     for ([[maybe_unused]] auto _ : state) {
-        game_draw(recorded.game.get());
+        game_draw(run.game.get());
         SDL_GL_SwapBuffers();
         glFinish();
     }

@@ -336,9 +336,9 @@ All times are processor time of one thread unless they say wall.
 ## Whole games
 
 Recorded games of more than two minutes, each with hundreds of enemies, and all recordings in
-`tests/golden/games` that a person could have made. They run through the input layer as in
-`quorvane-replay`, without stars and pictures. Twenty milliseconds a step are real time. A usual frame
-takes two bytes in a recording; the rest are keys, and frames of 256 ms and more.
+`tests/golden/games` that a person could have made. They are played as `quorvane-replay` plays them,
+without stars and pictures. Twenty milliseconds a step are real time. A usual frame takes two bytes
+in a recording; the rest are keys, and frames of 256 ms and more.
 
 {games(sim)}
 ## Checking recordings, beside Chocolate Doom

@@ -19,7 +19,6 @@
 #include "player.h"
 #include "qmath.h"
 #include "recorded_game.h"
-#include "replay_inspect.h"
 
 namespace {
 
@@ -90,27 +89,23 @@ BENCHMARK(step)->ArgsProduct({{0, 10, 30, 100}, {0, 30, 100, 300}})->ArgNames({"
 
 // --- Whole games ----------------------------------------------------------------------------
 
-// Plays games as quorvane-replay does, through the input layer and a clock that never waits.
+// Plays games as quorvane-replay does.
 void play(State& state, const std::vector<std::string>& names) {
-    std::vector<recorded_game> games;
+    std::vector<std::vector<uint8_t>> games;
     size_t bytes = 0;
     for (const std::string& name : names) {
-        games.emplace_back(name);
-        bytes += std::filesystem::file_size("tests/golden/games/" + name + ".rpl");
+        games.push_back(recorded_game(name));
+        bytes += games.back().size();
     }
-    int64_t steps = 0;
-    int64_t played_ms = 0;
+    uint64_t steps = 0;
+    uint64_t played_ms = 0;
     for ([[maybe_unused]] auto _ : state) {
-        for (recorded_game& recorded : games) {
-            headless_services.ticks = 1;
-            recorded.restart();
-            game* game = recorded.game.get();
-            for (int32_t time = input_tick(recorded.input.get());
-                 time >= 0 && game_is_over(game) == 0; time = input_tick(recorded.input.get())) {
-                game_step(game, time);
-                ++steps;
+        for (const std::vector<uint8_t>& game : games) {
+            playback run(game);
+            while (run.step()) {
             }
-            played_ms += game->time;
+            steps += run.frames;
+            played_ms += run.elapsed;
         }
     }
     const auto frames = static_cast<double>(steps) / static_cast<double>(state.iterations());
@@ -155,8 +150,9 @@ void step_allocations(State& state) {
     double growths = 0;
     for ([[maybe_unused]] auto _ : state) {
         for (const char* name : BUSY_GAMES) {
-            recorded_game recorded(name);
-            const game* game = recorded.game.get();
+            const std::vector<uint8_t> bytes = recorded_game(name);
+            playback run(bytes);
+            const game* game = run.game.get();
             while (true) {
                 const auto all_spawns = [&] {
                     return game->enemy_handler->alive_count + sounds[SOUND_EXPLODE];
@@ -169,7 +165,7 @@ void step_allocations(State& state) {
                 const int32_t pool = game->shot_count;
                 const double spawned = all_spawns();
                 const double animated = animations();
-                if (!recorded.step() || game_is_over(game) != 0) {
+                if (!run.step() || run.end == RUN_SELF) {  // the ship's own end is not counted
                     break;
                 }
                 const auto asked = static_cast<double>(heap_requests - requests);
@@ -196,15 +192,13 @@ BENCHMARK(step_allocations)->Iterations(1);
 
 // --- Recordings -----------------------------------------------------------------------------
 
-// A real log, or a large one with its events over and over.
+// A real log, or one as large as quorvane-replay takes, with its events over and over.
 std::vector<uint8_t> image_of(bool large) {
-    constexpr size_t LARGE_SIZE = 16'000'000;
     constexpr size_t SEED_SIZE = 5;
     constexpr size_t LENGTH_AT = 71;
-    std::ifstream file("tests/golden/games/0036-ace-chain.rpl", std::ios::binary);
-    std::vector<uint8_t> image(std::istreambuf_iterator<char>(file), {});
+    std::vector<uint8_t> image = recorded_game("0036-ace-chain");
     const std::vector<uint8_t> events(image.begin() + REPLAY_HEADER_SIZE + SEED_SIZE, image.end());
-    while (large && image.size() < LARGE_SIZE) {
+    while (large && image.size() + events.size() <= RECORDING_SIZE_LIMIT) {
         image.insert(image.end(), events.begin(), events.end());
     }
     replay_write_32(&image[LENGTH_AT], static_cast<uint32_t>(image.size() - REPLAY_HEADER_SIZE));
@@ -243,9 +237,9 @@ void inspect(State& state) {
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char*>(image.data()), std::ssize(image));
     for_bytes(state, image.size(), [&] {
-        recording recording;
+        recording_file file;
         std::string reason;
-        return recording_load(path, &recording, &reason) == LOAD_OK;
+        return recording_file_load(path, &file, &reason) == LOAD_OK;
     });
     std::filesystem::remove(path);
 }
