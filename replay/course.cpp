@@ -48,8 +48,8 @@ const char* course_kind_name(course_kind kind) {
     }
 }
 
-course_watch::course_watch(const playback& run)
-    : run(run), others(std::exchange(heard_sound, [this](uint32_t id) { hear(id); })) {}
+course_watch::course_watch(const playback& watched)
+    : run(watched), others(std::exchange(heard_sound, [this](uint32_t id) { hear(id); })) {}
 
 course_watch::~course_watch() { heard_sound = others; }
 

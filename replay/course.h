@@ -3,7 +3,8 @@
 
 // The course of a game: what happened when and what it brought, and the score second by second; and
 // how alike the courses of two games are. Found from outside, by the sounds of a step and the score
-// at each of them: the game keeps no such list.
+// at each of them: the game keeps no such list. Sounds are heard where quorvane_headless is linked;
+// elsewhere a course has its scores and its end alone.
 
 #pragma once
 
@@ -45,7 +46,7 @@ struct game_course {
 // Listens to a playback from its construction on; one at a time.
 class course_watch {
 public:
-    explicit course_watch(const playback& run);
+    explicit course_watch(const playback& watched);
     ~course_watch();
     course_watch(const course_watch&) = delete;
     course_watch& operator=(const course_watch&) = delete;

@@ -395,6 +395,11 @@ std::string found_assets() {
     return has_pictures(".") || !has_pictures(installed) ? "." : installed;
 }
 
+bool is_regular(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 bool run(options options, const recording& log) {
     if (!options.frames.empty()) {
         options.frames = absolute_path(options.frames);
@@ -406,9 +411,7 @@ bool run(options options, const recording& log) {
         }
     } else {
         options.video = absolute_path(options.video);
-        struct stat status {};
-        if (!options.force && stat(options.video.c_str(), &status) == 0 &&
-            S_ISREG(status.st_mode)) {
+        if (!options.force && is_regular(options.video)) {
             return refuse(options.video, "it is there already; --force overwrites it");
         }
     }
@@ -441,10 +444,18 @@ bool run(options options, const recording& log) {
     if (to_video && !encoder.open(options)) {
         return false;
     }
-    if (!draw_game(options, log, to_video ? &encoder : nullptr)) {
-        return false;
+    const bool is_drawn = draw_game(options, log, to_video ? &encoder : nullptr);
+    if (!to_video) {
+        return is_drawn;
     }
-    return !to_video || encoder.close() || refuse("ffmpeg", "it has failed");
+    const bool is_whole = encoder.close() && is_drawn;
+    if (!is_whole) {
+        if (is_regular(options.video)) {
+            unlink(options.video.c_str());  // what there is of it would keep the next one out
+        }
+        return is_drawn && refuse("ffmpeg", "it has failed");
+    }
+    return true;
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ game_result play(recording* log, bool with_course) {
     if (with_course) {
         course.emplace(run);
     }
-    game_key_watch key(log->first_seed);
+    game_key_watch key(log->first_seed.value_or(0));
     loss_watch loss;
     bool stepped = true;
     while (stepped) {

@@ -3,11 +3,11 @@
 
 // Judging a recording: bytes in, a record out. The game is played again as a fresh process plays
 // it, whatever this process has judged before; nothing is printed, read or written on the way. For
-// one thread at a time, since the game's random numbers are the process's; whoever links this
-// supplies the services of headless.h. A recording that is refused by a limit costs one look
-// through its bytes, any other one at most 6,801 steps up to a stall, or FRAME_LIMIT steps if it is
-// impossible anyhow; an operation of the game that finds no memory stops the process with an
-// assertion.
+// one thread at a time, since the game's random numbers are the process's: a judgement takes them
+// from any game or playback that is going on. Whoever links this links quorvane_headless as well;
+// without it nothing is heard, and a course has its scores and its end alone. A recording that is
+// refused by a limit costs one look through its bytes, any other one at most 6,802 steps up to a
+// stall; an operation of the game that finds no memory stops the process with an assertion.
 
 #pragma once
 
@@ -56,7 +56,7 @@ struct judgement {
 };
 
 struct judge_options {
-    replay_salt salt;
+    replay_salt salt = built_in_salt();
     bool with_course = false;
 };
 

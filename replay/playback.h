@@ -43,6 +43,7 @@ public:
     // Of a whole file image that recording_read has accepted; it must outlive the playback. The
     // size is that of the window to draw in, pixels.
     explicit playback(std::span<const uint8_t> image, int32_t width = 800, int32_t height = 600);
+    playback(playback&&) = default;  // no copies: they would step the same game
 
     bool step();  // to the next frame; false at the end, with nothing done
 

@@ -106,7 +106,7 @@ struct inspector {
     explicit inspector(recording* recording) : log(*recording) {
         constexpr int KEYS[] = {2, 2, 1, 1, 1, 1, 2, 2, 0};  // of the slots, and of NO_SLOT
         std::transform(std::begin(KEYS), std::end(KEYS), slots,
-                       [](int keys) { return keys_down{keys}.state(); });
+                       [](int down) { return keys_down{down}.state(); });
         slots[UNUSUAL_SLOT] = UNUSUAL;
     }
 
@@ -275,7 +275,7 @@ struct inspector {
         // The seed is the time at which the game began. The file was made when it had ended and the
         // last screen was left.
         const auto seconds = static_cast<int64_t>(log.duration / 1000);
-        const int64_t waited = int64_t{log.created} - log.first_seed - seconds;
+        const int64_t waited = int64_t{log.created} - log.first_seed.value_or(0) - seconds;
         if (waited < -SLACK || waited > DAY) {
             log.remarks.push_back({"a seed that is not the time at which the game began", 1, 0});
         }

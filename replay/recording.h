@@ -11,6 +11,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -18,8 +19,9 @@
 #include "replay.h"
 #include "replay_modify.h"
 
-// Nothing larger is taken. The most that the keys of a game can fill, by the limits below: 6,801
-// frames with KEY_BURST events each, and two for every millisecond of 135 s, is 1.9 MB.
+// Nothing larger is taken. The most that the keys of a game without a stall can fill, by the limits
+// below: 6,802 frames with KEY_BURST events each, and two for every millisecond of 135 s, is 1.9
+// MB.
 inline constexpr size_t RECORDING_SIZE_LIMIT = size_t{2} << 20;
 
 // From here on the game reads a time as negative, and a playback ends; ms.
@@ -55,11 +57,11 @@ struct finding {
 };
 
 struct recording {
-    std::span<const uint8_t> bytes;  // the whole file; not owned
-    std::string name;                // the player's, without the padding; any bytes but zero
-    uint32_t score = 0;              // what the header claims
-    uint32_t created = 0;            // s since 1970, 0 if unknown
-    uint32_t first_seed = 0;         // value of the first event if that is a seed, else 0
+    std::span<const uint8_t> bytes;      // the whole file; not owned
+    std::string name;                    // the player's, without the padding; any bytes but zero
+    uint32_t score = 0;                  // what the header claims
+    uint32_t created = 0;                // s since 1970, 0 if unknown
+    std::optional<uint32_t> first_seed;  // value of the first event, if that is a seed
     uint64_t event_count = 0;
     uint64_t duration = 0;                   // sum of the frame times below TIME_LIMIT, ms
     std::array<uint64_t, 64> type_counts{};  // by type / 4

@@ -154,21 +154,25 @@ int run_dump(const arguments& arguments) {
 int run_key(const arguments& arguments) {
     int worst = 0;
     for (const std::string& path : arguments.common.files) {
-        recording_file file;
-        int status = load_file(path, &file);
-        if (status == 0) {
-            const judgement found = judge_recording(file.bytes, {});
-            if (found.verdict == VERDICT_IMPOSSIBLE) {
-                const auto reasons = in_words(found.log.impossible);
-                status = complain(path, "no key, an impossible game: " + joined(reasons, ", "), 1);
-            } else {
-                // As in the lines of verify, a name is one line, whatever its bytes.
-                std::printf("%s  %s\n", game_key_digest(found.played->key).c_str(),
-                            printable(path).c_str());
-                std::fflush(stdout);
-            }
+        std::vector<uint8_t> bytes;
+        std::string reason;
+        const load_status status = recording_file_read(path, &bytes, &reason);
+        if (status != LOAD_OK) {
+            worst = std::max(worst, complain(path, reason, status));
+            continue;
         }
-        worst = std::max(worst, status);
+        const judgement found = judge_recording(bytes, {});
+        if (found.verdict == VERDICT_BROKEN) {
+            worst = std::max(worst, complain(path, found.error, LOAD_BROKEN));
+        } else if (found.verdict == VERDICT_IMPOSSIBLE) {
+            const std::string reasons = joined(in_words(found.log.impossible), ", ");
+            worst = std::max(worst, complain(path, "no key, an impossible game: " + reasons, 1));
+        } else {
+            // As in the lines of verify, a name is one line, whatever its bytes.
+            std::printf("%s  %s\n", game_key_digest(found.played->key).c_str(),
+                        printable(path).c_str());
+            std::fflush(stdout);
+        }
     }
     return worst;
 }
@@ -183,9 +187,13 @@ int run_likeness(const arguments& arguments) {
         }
     }
     if (files[0].log.first_seed != files[1].log.first_seed) {
+        const auto in_words = [](const std::optional<uint32_t>& seed) {
+            return seed ? std::to_string(*seed) : "none";
+        };
         return complain(files[1].path,
-                        format("its seed is %u, not %u: games with two seeds are not compared",
-                               files[1].log.first_seed, files[0].log.first_seed),
+                        "its seed is " + in_words(files[1].log.first_seed) + ", not " +
+                            in_words(files[0].log.first_seed) +
+                            ": games with two seeds are not compared",
                         1);
     }
     for (size_t i = 0; i < 2; ++i) {

@@ -114,7 +114,7 @@ bool pack_event_line(const std::string& line, std::vector<uint8_t>* bytes) {
     while (width-- > 0) {
         bytes->push_back(static_cast<uint8_t>(value >> (8 * width)));
     }
-    return bytes->size() <= RECORDING_SIZE_LIMIT;
+    return true;
 }
 
 enum line_end { LINE, LAST_LINE, NO_TEXT };
@@ -138,7 +138,8 @@ line_end read_line(std::FILE* text, std::string* line) {
     return c == EOF ? LAST_LINE : LINE;
 }
 
-// Packs a text. Returns the number of the line that cannot be packed, 0 if there is none.
+// Packs a text, but stops above the limit. Returns the number of the line that cannot be packed, 0
+// if there is none.
 size_t pack_lines(std::FILE* text, std::vector<uint8_t>* bytes) {
     size_t line_number = 0;
     size_t taken = 0;  // lines that are not empty
@@ -158,6 +159,9 @@ size_t pack_lines(std::FILE* text, std::vector<uint8_t>* bytes) {
                               : pack_event_line(line, bytes);
         if (!good) {
             return line_number;
+        }
+        if (bytes->size() > RECORDING_SIZE_LIMIT) {
+            return 0;
         }
         ++taken;
     }
@@ -249,6 +253,9 @@ int pack_recording(const std::string& text_path, const std::string& out_path) {
     if (bad_line != 0) {
         return complain(text_path, format("line %zu is no line of a dumped recording", bad_line),
                         1);
+    }
+    if (bytes.size() > RECORDING_SIZE_LIMIT) {
+        return complain(text_path, "it is larger than any game", 1);
     }
     replay_write_32(&bytes[LENGTH_AT], static_cast<uint32_t>(bytes.size() - REPLAY_HEADER_SIZE));
 
