@@ -14,8 +14,8 @@
 
 __attribute__((format(printf, 1, 2))) std::string format(const char* text, ...);
 
-// For a terminal: control and invisible characters and bytes that are no UTF-8 as \xNN, byte by byte,
-// backslashes doubled.
+// For a terminal: control and invisible characters and bytes that are no UTF-8 as \xNN, byte by
+// byte, backslashes doubled.
 std::string printable(std::string_view text);
 
 std::string json_string(std::string_view text);  // bytes that are no UTF-8 are taken as Latin-1
