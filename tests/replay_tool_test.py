@@ -368,6 +368,12 @@ class ReplayTool(unittest.TestCase):
             for verb in ("info", "verify", "simulate", "dump", *exporting):
                 self.run_tool(*verb.split(), name, status=status)
                 self.assertRegex(self.error, f"^quorvane-replay: {name}: .*{reason}")
+        # The largest file that is read, and one byte more.
+        for seed, status, verdict in ((b"\6\0\5", 0, "impossible"), (b"\7\0\0\5", 1, "broken")):
+            body = seed + b"\5\5" * (2**20 - 39)
+            self.write("large", golden("0015-adv-empty.rpl")[:71] + struct.pack(">I", len(body)) + body)
+            self.run_tool("info", "large", status=status)
+            self.assertEqual(self.verify("large")[0]["verdict"], verdict)
         for command in ("", "what a", "info", "info --jobs 2 a", "simulate a b", "simulate --what a",
                         "simulate --trace --json a", "verify --jobs 0 a", "verify --jobs x a",
                         "verify --jobs 99999999999999999999999 a", "verify --course a", "likeness a", "pack a",
@@ -410,12 +416,18 @@ class ReplayTool(unittest.TestCase):
         self.assertEqual(limited.stdout, self.run_tool("verify", *files, status=1))
         if b"__asan_init" in executable.read_bytes():
             return  # it takes far more memory than any limit that would be of use here
-        self.write("large", golden("0015-adv-empty.rpl")[:71] + struct.pack(">I", 60 << 20))
-        os.truncate(self.folder / "large", 75 + (60 << 20))
-        for verb in (["info"], ["simulate"], ["verify"]):
-            limited = subprocess.run(["sh", "-c", 'ulimit -v 50000; exec "$0" "$@"', executable, *verb, "large"],
-                                     cwd=self.folder, capture_output=True)
+
+        def with_memory(kilobytes, *command):
+            return subprocess.run(["sh", "-c", f'ulimit -v {kilobytes}; exec "$0" "$@"', executable, *command],
+                                  cwd=self.folder, capture_output=True)
+        # Enough to start with and for anything small, not for a file of 2 MB.
+        enough = 500 + next(kilobytes for kilobytes in range(500, 100000, 500)
+                            if with_memory(kilobytes, "--version").returncode == 0)
+        self.write("large", golden("0015-adv-empty.rpl")[:71] + struct.pack(">I", 2000000) + b"\5\5" * 1000000)
+        for verb in ("info", "simulate", "verify", "key", "dump"):
+            limited = with_memory(enough, verb, "large")
             self.assertEqual((limited.returncode, limited.stderr.count(b"\n")), (2, 1), limited)
+            self.assertIn(b"not enough", limited.stderr)
 
     def test_crash(self):
         # A judging process that dies costs its own file's verdict only.
@@ -464,9 +476,12 @@ class ReplayTool(unittest.TestCase):
         for wrong, status in ((("--frames", "p", "--video", "v"), 2), (("--frames", "p", "--to", "x"), 2),
                               (("--frames", "p", "--from", "3", "--to", "1"), 2), (("--what",), 2),
                               (("--video", "v.mp4", "--size", "63x48"), 2), (("--frames", "pictures"), 1),
+                              (("--frames", "p", "--size", "8193x16"), 2), (("--frames", "p", "--size", "16x15"), 2),
                               (("--frames", "/dev/null/p"), 1), (("--frames", "p", "--assets", "gone"), 1)):
             self.run_tool(*game, *wrong, status=status)
             self.assertRegex(self.error, "^quorvane-replay: ")
+        self.run_tool(*game, "--frames", "wide", "--size", "8192x16", "--to", "0")
+        self.assertEqual((self.folder / "wide/frame-000000.png").read_bytes()[16:24], b"\0\0\x20\0\0\0\0\x10")
         # Whatever a log asks for, a game has an end, and so has the patience of who starts this.
         self.write("slow", image_of([(SEED, 1)] + [(TICK, 0)] * 1000000))
         self.run_tool("export", "slow", "--assets", str(GOLDEN.parent.parent), "--frames", "slow-frames",
@@ -480,6 +495,30 @@ class ReplayTool(unittest.TestCase):
             tool.send_signal(stop)
             tool.communicate()
             self.assertEqual(tool.returncode, -stop)
+
+    def test_video(self):
+        if not (executable.with_name("quorvane-export").exists() and shutil.which("ffmpeg")):
+            self.skipTest("built without quorvane-export, or ffmpeg is missing")
+        command = ("export", "games/0009-ace-other.rpl", "--assets", str(GOLDEN.parent.parent), "--size", "64x48",
+                   "--fps", "5", "--from", "10", "--to", "11", "--video", "video.y4m")
+        video = self.folder / "video.y4m"
+        video.write_bytes(b"kept")
+        self.run_tool(*command, status=1)
+        self.assertIn("--force overwrites", self.error)
+        self.assertEqual(video.read_bytes(), b"kept")
+        self.run_tool(*command, "--force")
+        size = video.stat().st_size
+        _, *pictures = video.read_bytes().split(b"FRAME\n")  # not compressed: brightness and two colours
+        self.assertEqual([len(picture) for picture in pictures], [64 * 48 * 3 // 2] * 6)
+        self.assertEqual(len(set(pictures)), 6)
+        for start in (lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN), lambda: os.close(0)):
+            video.unlink()
+            tool = self.start(*command, preexec_fn=start)
+            self.assertEqual((tool.communicate(), tool.returncode), ((b"", b""), 0))
+            self.assertEqual(video.stat().st_size, size)
+        tool = self.start(*command, "--video", "video.what")  # ffmpeg knows no such format
+        self.assertIn(b"ffmpeg", tool.communicate()[1])
+        self.assertEqual(tool.returncode, 1)
 
     def test_progress(self):
         # Verdicts come while names still do; a long run shows a bar on a terminal.
