@@ -17,11 +17,15 @@ game_result play(recording* log, bool with_course) {
     }
     game_key_watch key(log->first_seed.value_or(0));
     loss_watch loss;
+    const char* lost_to = "-";
     bool stepped = true;
     while (stepped) {
         loss.remember(*run.game);
         stepped = run.step();
         if (stepped) {
+            if (run.end == RUN_SELF) {
+                lost_to = loss.cause(*run.game);  // before the watch forgets how it was
+            }
             key.take(*run.game);
             if (course) {
                 course->after_step();
@@ -32,14 +36,8 @@ game_result play(recording* log, bool with_course) {
         log->impossible.push_back(
             {"an event after the game's end", log->event_count - run.events, run.events});
     }
-    game_result result{run.score_before,
-                       run.score(),
-                       run.end,
-                       run.frames,
-                       run.game->time,
-                       run.end == RUN_SELF ? loss.cause(*run.game) : "-",
-                       {},
-                       {}};
+    game_result result{run.score_before, run.score(), run.end, run.frames,
+                       run.game->time,   lost_to,     {},      {}};
     if (log->impossible.empty()) {
         result.key = std::move(key.bytes);
     }

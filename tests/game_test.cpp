@@ -11,6 +11,7 @@
 #include <span>
 #include <tuple>
 
+#include "loss.h"
 #include "sim_support.h"
 
 namespace {
@@ -99,11 +100,16 @@ TEST_F(game_test, shots_are_absorbed_hit_or_pass_the_player) {
                        {0.2, 201, ENEMY, RED, {}},         {below(0.2), 201, ENEMY, RED, HITS},
                        {0.1, 200, ENEMY, RED, {}},         {0.2, 201, OWN, BLUE, {}},
                        {below(0.2), 201, OWN, BLUE, HITS}, {0.1, 200, OWN, RED, {}}};
+    loss_watch loss;
     for (size_t i = 0; i < std::size(cases); ++i) {
         start_over();
         shot& shot = put_shot({cases[i].distance, -2}, cases[i].age, cases[i].from, cases[i].color);
+        loss.remember(*g);
         game_update_ship(g.get(), &player);
         EXPECT_EQ(sounds, cases[i].sounds) << i;
+        if (sounds == HITS) {
+            EXPECT_STREQ(loss.cause(*g), cases[i].from == OWN ? "own-shot" : "enemy-shot") << i;
+        }
         EXPECT_EQ(player.score, sounds == ABSORBED ? 15 : 0) << i;
         EXPECT_EQ(player.alive, sounds == HITS ? 0 : 1) << i;
         EXPECT_EQ(g->over, 1 - player.alive) << i;
@@ -114,11 +120,13 @@ TEST_F(game_test, shots_are_absorbed_hit_or_pass_the_player) {
     }
 
     start_over();  // several are absorbed in one step, but none behind the one that hits
-    for (const int32_t color : {BLUE, RED, BLUE}) {
-        put_shot({0.1, -2}, 201, ENEMY, color);
+    for (const int32_t from : {ENEMY, OWN, ENEMY}) {
+        put_shot({0.1, -2}, 201, from, BLUE);
     }
+    loss.remember(*g);
     game_update_ship(g.get(), &player);
     EXPECT_EQ(sounds, (numbers{SOUND_SHIELD_HIT, SOUND_GAME_OVER}));
+    EXPECT_STREQ(loss.cause(*g), "own-shot") << "and not the one that was absorbed";
 }
 
 TEST_F(game_test, enemies_die_ram_and_are_shot) {

@@ -11,7 +11,9 @@
 #include <map>
 #include <span>
 
+#include "judge.h"
 #include "loss.h"
+#include "recording_file.h"
 #include "sim_support.h"
 #include "state_hash.h"
 
@@ -220,6 +222,25 @@ TEST(golden, trace_agrees_step_by_step) {
     });
     heard_sound = nullptr;
     EXPECT_EQ(steps, 726U);
+}
+
+// As a process that judges one recording after the other.
+TEST(golden, judging_depends_on_nothing_judged_before) {
+    std::vector<uint8_t> image;
+    std::vector<uint8_t> other;
+    std::string reason;
+    ASSERT_EQ(recording_file_read("golden/games/0009-ace-other.rpl", &image, &reason), LOAD_OK);
+    ASSERT_EQ(recording_file_read("golden/games/0020-ace-same.rpl", &other, &reason), LOAD_OK);
+    size_t heard = 0;
+    heard_sound = [&heard](uint32_t) { ++heard; };
+    const judgement first = judge_recording(image, {built_in_salt(), true});
+    EXPECT_EQ(heard, 0U);
+    EXPECT_EQ(judge_recording(other, {built_in_salt(), false}).played->course.entries.size(), 0U);
+    EXPECT_GT(heard, 0U) << "the listener is put back";
+    const judgement again = judge_recording(image, {built_in_salt(), true});
+    heard_sound = nullptr;
+    EXPECT_EQ(again.played->key, first.played->key);
+    EXPECT_EQ(again.played->course.scores, first.played->course.scores);
 }
 
 TEST(golden, broken_files_are_answered_by_their_code) {

@@ -103,8 +103,8 @@ TEST_F(input_test, playback_waits_for_the_recorded_times) {
         uint32_t late;  // ms by which everything behind is shifted in sum
     } const frames[] = {{16, 0, {16}, 0}, {20, 5, {15}, 0},   {20, 20, {0}, 0}, {0, 0, {0}, 0},
                         {20, 21, {}, 1},  {999, 0, {999}, 1}, {20, 99, {}, 80}, {20, 0, {20}, 80}};
-    play_back({16, 20, 20, 0, 20, 999, 20, 20});
     const uint32_t start = headless_services.ticks = 0xffffffffU - 40;  // the clock wraps
+    play_back({16, 20, 20, 0, 20, 999, 20, 20});
     press(SDLK_w, 1);
     input_mouse_event(in.get(), 1, 1);
     int32_t total = 0;
@@ -116,6 +116,7 @@ TEST_F(input_test, playback_waits_for_the_recorded_times) {
         EXPECT_EQ(delays, frame.delays) << "at " << total;
         EXPECT_EQ(in->base_ticks, start + frame.late) << "at " << total;
     }
+    EXPECT_EQ(input_get_fps(in.get()), 7000.0F / 1175) << "seven frames came in the first period";
     EXPECT_EQ(read_key(KEY_FORWARD) + in->key_state.mouse_x, 0.0) << "live input is ignored";
     uint8_t* data = nullptr;
     size_t length = 0;

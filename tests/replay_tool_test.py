@@ -10,6 +10,7 @@
 import collections
 import csv
 import hashlib
+import itertools
 import json
 import os
 import pathlib
@@ -113,7 +114,7 @@ class ReplayTool(unittest.TestCase):
             (until_kill, {"score": 27}, "unfinished", "after", "log", ""),
             (quiet[:2], {"name": b"\xff" * 32}, "ok", "both", "log", ""),
             (quiet + [(TICK, 2**31)], {}, "impossible", "both", "negative-tick", "2^31"),
-            (quiet + [(TICK, 2**31 - 9)], {}, "impossible", "both", "time-overflow", "2^31"),
+            (quiet + [(TICK, 2**31 - 160)], {}, "impossible", "both", "time-overflow", "2^31"),
             (game + [end] * 2, {"score": 1449}, "impossible", "after", "self",
              f"the game's end 2 times from event {len(game)}"),
             # No limiter lets a frame come so early, no hands press so much; 20 ms a frame leave 1020.
@@ -155,6 +156,7 @@ class ReplayTool(unittest.TestCase):
         index = index_of("games")
         possible = ("stalls", "wraps", "holehug")  # of the hostile ones
         refused = ("zeroticks", "poolgrowth", "manykeys", "reseed", "trailing", "randombytes")
+        losses = set()
         for row, line in zip(index, self.verify(*("games/" + row["file"] for row in index)), strict=True):
             is_refused = row["kind"].endswith(refused)
             self.assertEqual([str(line.get(key)) for key in ("frames", "time", "end", "after")],
@@ -163,6 +165,12 @@ class ReplayTool(unittest.TestCase):
             hostile = "adv" in row["kind"] and not row["kind"].endswith(possible)
             self.assertEqual(line["verdict"], "impossible" if hostile else "bad-signature", line)
             self.assertEqual("key" in line, not hostile)
+            lost_to = "-" if is_refused else line["lost_to"]
+            self.assertEqual(lost_to == "-", is_refused or line["end"] != "self", line)
+            if lost_to != "-":
+                self.assertIn(f"\nlost_to {lost_to}\n", self.run_tool("simulate", line["file"]).decode())
+                losses.add(lost_to)
+        self.assertEqual(losses, {"hole", "edge", "hull", "enemy-shot", "own-shot"})
 
     def test_key(self):
         """What is one game, and what is another."""
@@ -198,6 +206,7 @@ class ReplayTool(unittest.TestCase):
 
     def test_course(self):
         """Every point of the score, and what is heard, and when; likeness goes by it."""
+        seen = set()
         for row in index_of("games"):
             if "adv" in row["kind"]:
                 continue
@@ -209,12 +218,20 @@ class ReplayTool(unittest.TestCase):
             self.assertEqual(entries, sorted(entries, key=lambda entry: entry[0]))
             self.assertEqual(scores, [sum(points for time, _, points in entries if time <= 1000 * second)
                                       for second in range(line["time"] // 1000 + 1)])
-        sounds = [line.split(b"\t")[13].split(b",") for line in
-                  self.run_tool("simulate", "--trace", name).split(b"\n") if b"\t" in line]
-        heard = [int(sound) for step in sounds for sound in step if sound != b"-"]
-        kinds = [kind for _, kind, _ in entries]
-        self.assertEqual([kinds.count(kind) for kind in ("shot", "shield", "absorbed", "chain")],
-                         [heard.count(sound) for sound in (0, 3, 4, 7)])
+            # A chain is broken once; what leaves the field is heard like a hit and breaks none.
+            kinds = [kind for _, kind, _ in entries]
+            chains = [kind for kind in kinds if kind in ("kill", "hit")]
+            self.assertNotIn(("hit", "hit"), list(zip(["hit", *chains], chains)))
+            sounds = [line.split(b"\t")[13].split(b",") for line in
+                      self.run_tool("simulate", "--trace", name).split(b"\n") if b"\t" in line]
+            heard = [int(sound) for step in sounds for sound in step if sound != b"-"]
+            self.assertEqual([kinds.count(kind) for kind in ("shot", "shield", "absorbed", "chain")],
+                             [heard.count(sound) for sound in (0, 3, 4, 7)])
+            seen.update(kinds)
+        self.assertEqual(seen, {"shot", "shield", "absorbed", "chain", "kill", "hit", "end"})
+        self.write("late", image_of([(SEED, 1), (TICK, 0), (TICK, 2**31 - 1)]))
+        line = json.loads(self.run_tool("verify", "--json", "--course", "late", status=1))
+        self.assertEqual((line["time"], line["course"]["scores"]), (2**31 - 1, [0] * 151))
 
     def test_likeness(self):
         game = events_of(golden("0020-ace-same.rpl"))
@@ -227,6 +244,15 @@ class ReplayTool(unittest.TestCase):
             self.write("a", image_of(game)), self.write("b", image_of(events, name=b"B"))
             for pair in (("a", "b"), ("b", "a")):
                 self.assertRegex(self.run_tool("likeness", *pair).decode(), f"^{likeness}\n$")
+        # Twenty pairs of points and time are enough, nineteen are not.
+        course = json.loads(self.run_tool("verify", "--json", "--course", "games/0009-ace-other.rpl", status=1))
+        won = {(points, moment // 40): moment for moment, _, points in course["course"]["entries"][::-1] if points}
+        enough = events_of(golden("0009-ace-other.rpl"))
+        times = itertools.accumulate(value if kind == TICK else 0 for kind, value in enough)
+        at = list(times).index(sorted(won.values())[19])
+        for events, likeness in ((enough[:at + 1], b"1.00\n"), (enough[:at], b"undefined\n")):
+            self.write("b", image_of(events))
+            self.assertEqual(self.run_tool("likeness", "b", "b"), likeness)
         self.write("b", image_of(other))
         self.assertEqual(self.run_tool("likeness", "a", "b", status=1), b"")
         self.assertIn("seed", self.error)
@@ -327,6 +353,10 @@ class ReplayTool(unittest.TestCase):
         tool = self.start("simulate", "--diff", "pipe", "games/0019-lemming.rpl")
         (self.folder / "pipe").write_bytes(TRACE)
         self.assertIn(b"result same\n", tool.communicate()[0])
+        # No game has so many frames.
+        self.write("long", image_of([(SEED, 1)] + [(TICK, 0)] * 200001))
+        state = json.loads(self.run_tool("simulate", "--json", "long"))
+        self.assertEqual((state["end"], state["frames"]), ("frame-limit", 200000))
         # A log without a seed and a game without a step are the same as themselves, too.
         for log in ([(TICK, 20 * (i > 0)) for i in range(20000)], [(SEED, 1)]):
             self.write("trace", self.run_tool("simulate", "--trace", self.write("log", image_of(log))))
@@ -368,6 +398,12 @@ class ReplayTool(unittest.TestCase):
             for verb in ("info", "verify", "simulate", "dump", *exporting):
                 self.run_tool(*verb.split(), name, status=status)
                 self.assertRegex(self.error, f"^quorvane-replay: {name}: .*{reason}")
+        # The largest file that is read, and one byte more.
+        for seed, status, verdict in ((b"\6\0\5", 0, "impossible"), (b"\7\0\0\5", 1, "broken")):
+            body = seed + b"\5\5" * (2**20 - 39)
+            self.write("large", golden("0015-adv-empty.rpl")[:71] + struct.pack(">I", len(body)) + body)
+            self.run_tool("info", "large", status=status)
+            self.assertEqual(self.verify("large")[0]["verdict"], verdict)
         for command in ("", "what a", "info", "info --jobs 2 a", "simulate a b", "simulate --what a",
                         "simulate --trace --json a", "verify --jobs 0 a", "verify --jobs x a",
                         "verify --jobs 99999999999999999999999 a", "verify --course a", "likeness a", "pack a",
@@ -410,12 +446,18 @@ class ReplayTool(unittest.TestCase):
         self.assertEqual(limited.stdout, self.run_tool("verify", *files, status=1))
         if b"__asan_init" in executable.read_bytes():
             return  # it takes far more memory than any limit that would be of use here
-        self.write("large", golden("0015-adv-empty.rpl")[:71] + struct.pack(">I", 60 << 20))
-        os.truncate(self.folder / "large", 75 + (60 << 20))
-        for verb in (["info"], ["simulate"], ["verify"]):
-            limited = subprocess.run(["sh", "-c", 'ulimit -v 50000; exec "$0" "$@"', executable, *verb, "large"],
-                                     cwd=self.folder, capture_output=True)
+
+        def with_memory(kilobytes, *command):
+            return subprocess.run(["sh", "-c", f'ulimit -v {kilobytes}; exec "$0" "$@"', executable, *command],
+                                  cwd=self.folder, capture_output=True)
+        # Enough to start with and for anything small, not for a file of 2 MB.
+        enough = 500 + next(kilobytes for kilobytes in range(500, 100000, 500)
+                            if with_memory(kilobytes, "--version").returncode == 0)
+        self.write("large", golden("0015-adv-empty.rpl")[:71] + struct.pack(">I", 2000000) + b"\5\5" * 1000000)
+        for verb in ("info", "simulate", "verify", "key", "dump"):
+            limited = with_memory(enough, verb, "large")
             self.assertEqual((limited.returncode, limited.stderr.count(b"\n")), (2, 1), limited)
+            self.assertIn(b"not enough", limited.stderr)
 
     def test_crash(self):
         # A judging process that dies costs its own file's verdict only.
@@ -464,9 +506,16 @@ class ReplayTool(unittest.TestCase):
         for wrong, status in ((("--frames", "p", "--video", "v"), 2), (("--frames", "p", "--to", "x"), 2),
                               (("--frames", "p", "--from", "3", "--to", "1"), 2), (("--what",), 2),
                               (("--video", "v.mp4", "--size", "63x48"), 2), (("--frames", "pictures"), 1),
+                              (("--frames", "p", "--size", "8193x16"), 2), (("--frames", "p", "--size", "16x15"), 2),
                               (("--frames", "/dev/null/p"), 1), (("--frames", "p", "--assets", "gone"), 1)):
             self.run_tool(*game, *wrong, status=status)
             self.assertRegex(self.error, "^quorvane-replay: ")
+        # A picture shows the step that is made at its own time; the one of the last step is the last.
+        self.write("short", image_of([(SEED, 1), (TICK, 0), (TICK, 1000)]))
+        self.run_tool("export", "short", *game[2:], "--frames", "short-frames", "--size", "16x16", "--fps", "1")
+        self.assertEqual(len(list((self.folder / "short-frames").iterdir())), 2)
+        self.run_tool(*game, "--frames", "wide", "--size", "8192x16", "--to", "0")
+        self.assertEqual((self.folder / "wide/frame-000000.png").read_bytes()[16:24], b"\0\0\x20\0\0\0\0\x10")
         # Whatever a log asks for, a game has an end, and so has the patience of who starts this.
         self.write("slow", image_of([(SEED, 1)] + [(TICK, 0)] * 1000000))
         self.run_tool("export", "slow", "--assets", str(GOLDEN.parent.parent), "--frames", "slow-frames",
@@ -480,6 +529,30 @@ class ReplayTool(unittest.TestCase):
             tool.send_signal(stop)
             tool.communicate()
             self.assertEqual(tool.returncode, -stop)
+
+    def test_video(self):
+        if not (executable.with_name("quorvane-export").exists() and shutil.which("ffmpeg")):
+            self.skipTest("built without quorvane-export, or ffmpeg is missing")
+        command = ("export", "games/0009-ace-other.rpl", "--assets", str(GOLDEN.parent.parent), "--size", "64x48",
+                   "--fps", "5", "--from", "10", "--to", "11", "--video", "video.y4m")
+        video = self.folder / "video.y4m"
+        video.write_bytes(b"kept")
+        self.run_tool(*command, status=1)
+        self.assertIn("--force overwrites", self.error)
+        self.assertEqual(video.read_bytes(), b"kept")
+        self.run_tool(*command, "--force")
+        size = video.stat().st_size
+        _, *pictures = video.read_bytes().split(b"FRAME\n")  # not compressed: brightness and two colours
+        self.assertEqual([len(picture) for picture in pictures], [64 * 48 * 3 // 2] * 6)
+        self.assertEqual(len(set(pictures)), 6)
+        for start in (lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN), lambda: os.close(0)):
+            video.unlink()
+            tool = self.start(*command, preexec_fn=start)
+            self.assertEqual((tool.communicate(), tool.returncode), ((b"", b""), 0))
+            self.assertEqual(video.stat().st_size, size)
+        tool = self.start(*command, "--video", "video.what")  # ffmpeg knows no such format
+        self.assertIn(b"ffmpeg", tool.communicate()[1])
+        self.assertEqual(tool.returncode, 1)
 
     def test_progress(self):
         # Verdicts come while names still do; a long run shows a bar on a terminal.

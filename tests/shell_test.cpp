@@ -188,7 +188,8 @@ TEST_F(Shell, CompletesTheFirstFittingName) {
         {{"abc.rpl", "x"}, "ab", "abc.rpl"}, {{"abc.rpl"}, "abc.rpl", "abc.rpl"},
         {{"abc.rpl"}, "b", "b"}, {{"abc.rpl"}, "abc.rplx", "abc.rplx"}, {{".rpl"}, "", ".rpl"},
         {{"x.rpl.rpl", "y.rpl.gz", "z.RPL", "wrpl"}, "", ""},
-        {{"d\xe9 100%.rpl"}, "d", "d\xe9 100%.rpl"},
+        {{"d\xe9 100%.rpl"}, "d", "d\xe9 100%.rpl"}, {{" ~\x80.rpl"}, "", " ~\x80.rpl"},
+        {{"a\x01.rpl", "b\x1f.rpl", "\x7f.rpl"}, "", ""},  // nothing that a terminal obeys
         {{long_name + ".rpl"}, "lo", long_name.substr(0, 49)}};
     for (const auto& [files, typed, completed] : cases) {
         const scratch_folder place;
