@@ -456,13 +456,16 @@ game_log renamed(game_log log) {
 
 // --- The table ------------------------------------------------------------------------------
 
+constexpr double THRESHOLD = 0.2;
+
 struct row {
     std::string name;
     int pairs = 0;
     int other_key = 0;
-    int as_good = 0;              // have a copy with at least as many points
+    int as_good = 0;              // the second game has at least as many points as the first
     std::vector<double> alike{};  // the likeness of those that have one
-    double least_as_good = NAN;   // of those that are as good
+    int found = 0;                // of all, and
+    int found_as_good = 0;  // of those that are as good, have a likeness of THRESHOLD at least
 };
 
 // Nearest rank.
@@ -478,8 +481,8 @@ void add_pair(row* row, const judged_game& one, const judged_game& other) {
     row->as_good += is_as_good ? 1 : 0;
     if (const auto share = likeness(one.course, other.course)) {
         row->alike.push_back(*share);
-        row->least_as_good =
-            is_as_good ? std::fmin(row->least_as_good, *share) : row->least_as_good;
+        row->found += *share >= THRESHOLD ? 1 : 0;
+        row->found_as_good += is_as_good && *share >= THRESHOLD ? 1 : 0;
     }
 }
 
@@ -490,8 +493,9 @@ void print_row(row row) {
         std::printf(" %.2f |", quantile(row.alike, share));
     }
     const double percent = 100.0 / row.pairs;
-    std::printf(" %.0f %% | %.0f %% | %.2f |\n", row.other_key * percent, row.as_good * percent,
-                row.least_as_good);
+    std::printf(" %.0f %% | %.1f %% | %.0f %% | %.1f %% |\n", row.other_key * percent,
+                row.found * percent, row.as_good * percent,
+                100.0 * row.found_as_good / row.as_good);
 }
 
 }  // namespace
@@ -566,7 +570,7 @@ int main(int argument_count, char** arguments) {
     }
     std::printf(
         "\n| Pairs | n | defined | min | 5 %% | median | 95 %% | 99 %% | max "
-        "| other key | as good | min of those |\n");
+        "| other key | found | as good | of those found |\n");
     for (const row& row : rows) {
         print_row(row);
     }
